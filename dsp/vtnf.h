@@ -1,0 +1,105 @@
+// The vector table: all array arithmetic of the spectral code, its buffers and its transforms go through these entries.
+// The table is chosen once per process by vtnfInit; callers never ask which processor they run on. Counts are in
+// 32-bit floats (in bins where so named), at least 1 unless stated; the first operand of an in-place entry is source and
+// destination. A packed spectrum of N floats holds Re X[0], Re X[N/2], then Re, Im of bins 1 .. N/2-1.
+#pragma once
+
+#include <cstdint>
+
+class CvtnfFFT_If;
+
+// One slot per entry, in the order that the table has kept from the start.
+struct VtnfTable {
+    float* (*Alloc)(int32_t n);
+    void (*Free)(float** p);
+    void (*Zero)(float* v, int32_t n);
+    void (*StdDev)(const float* v, float* pOut, int32_t n);
+    void (*Mean)(const float* v, float* pOut, int32_t n);
+    void (*MaxIndex)(const float* v, float* pMax, int32_t* pIndex, int32_t n);
+    void (*MaxEvery)(float* dst, const float* src, int32_t n);
+    void (*Add)(float* dst, const float* src, int32_t n);
+    void (*AddScalar)(float* dst, float c, int32_t n);
+    void (*Sub)(float* dst, const float* src, int32_t n);
+    void (*Mul)(float* dst, const float* src, int32_t n);
+    void (*MulScalar)(float* dst, float c, int32_t n);
+    void (*Div)(float* dst, const float* src, int32_t n);
+    void (*AddProduct)(float* dst, const float* a, const float* b, int32_t n);
+    void (*Abs)(float* v, int32_t n);
+    void (*Exp)(float* v, int32_t n);
+    void (*ThresholdLn)(float* v, float level, float value, int32_t n);
+    void (*ThresholdLT)(float* v, float level, float value, int32_t n);
+    void (*ThresholdGT)(float* v, float level, float value, int32_t n);
+    void (*DotProduct)(const float* a, const float* b, float* pOut, int32_t n);
+    void (*PackSpectrum)(float* dst, const float* re, const float* im, int32_t fftSize);
+    void (*UnpackSpectrum)(float* re, float* im, const float* src, int32_t fftSize);
+    void (*AddComplex)(float* dst, const float* src, int32_t bins);
+    void (*MulPacked)(float* dst, const float* src, int32_t bins);
+    void (*NoOp)();
+    void (*Phase)(float* dst, const float* packed, int32_t bins);
+    void (*AddProductPacked)(float* dst, const float* a, const float* b, int32_t bins);
+    void (*Magnitude)(float* dst, const float* packed, int32_t bins);
+    void (*PrincipalArgument)(float* dst, const float* src, int32_t n);
+    int32_t (*CreateFFT)(CvtnfFFT_If** ppOut, int32_t windowLength, int32_t zeroPadFactor, int32_t windowType);
+    int32_t (*DestroyFFT)(CvtnfFFT_If** ppFFT);
+};
+
+// The portable forms, which define what every entry computes.
+extern const VtnfTable kVtnfPortable;
+
+// Chooses the table; safe from any thread, and later calls return at once. The constructors of the spectral classes call
+// it first.
+void vtnfInit();
+
+// Class of the table in force: -1 before the first vtnfInit, then 1 base, 2 SSE, 3 SSE2, 4 SSE3.
+int32_t vtnfGetLevel();
+
+// The table in force; the portable one before the first vtnfInit.
+const VtnfTable& vtnfGetTable();
+
+// The entries in use, called through the table in force. ------------------------------------------------------------
+
+// A buffer of n floats, uninitialised, aligned to 64 bytes; null when n is 0 or negative, or memory is out. The caller
+// frees it with vtnfFree.
+inline float* vtnfAlloc(int32_t n) { return vtnfGetTable().Alloc(n); }
+// Frees *p when it is not null, and nulls it.
+inline void vtnfFree(float** p) { vtnfGetTable().Free(p); }
+inline void vtnfZero(float* v, int32_t n) { vtnfGetTable().Zero(v, n); }
+// The largest element and its index, the first one on a tie.
+inline void vtnfMaxIndex(const float* v, float* pMax, int32_t* pIndex, int32_t n)
+{
+    vtnfGetTable().MaxIndex(v, pMax, pIndex, n);
+}
+// dst[i] = max(dst[i], src[i])
+inline void vtnfMaxEvery(float* dst, const float* src, int32_t n) { vtnfGetTable().MaxEvery(dst, src, n); }
+inline void vtnfAdd(float* dst, const float* src, int32_t n) { vtnfGetTable().Add(dst, src, n); }
+inline void vtnfSub(float* dst, const float* src, int32_t n) { vtnfGetTable().Sub(dst, src, n); }
+inline void vtnfMul(float* dst, const float* src, int32_t n) { vtnfGetTable().Mul(dst, src, n); }
+inline void vtnfMulScalar(float* dst, float c, int32_t n) { vtnfGetTable().MulScalar(dst, c, n); }
+inline void vtnfDiv(float* dst, const float* src, int32_t n) { vtnfGetTable().Div(dst, src, n); }
+// v[i] = e^v[i]
+inline void vtnfExp(float* v, int32_t n) { vtnfGetTable().Exp(v, n); }
+// Where v[i] < level, v[i] = value; then v[i] = ln(v[i]).
+inline void vtnfThresholdLn(float* v, float level, float value, int32_t n)
+{
+    vtnfGetTable().ThresholdLn(v, level, value, n);
+}
+// dst[k] = atan2(im[k], re[k]) of a packed spectrum, k from 0 to bins-1, bin 0 with imaginary part 0. packed[1] stays as
+// it is unless dst is packed.
+inline void vtnfPhase(float* dst, const float* packed, int32_t bins) { vtnfGetTable().Phase(dst, packed, bins); }
+// dst[k] = sqrt(re^2 + im^2), bin 0 as abs(packed[0]). packed[1] stays as it is unless dst is packed.
+inline void vtnfMagnitude(float* dst, const float* packed, int32_t bins)
+{
+    vtnfGetTable().Magnitude(dst, packed, bins);
+}
+// Wraps phases into (-pi, pi]. The portable entry leaves element 0 as it is; callers do not read it.
+inline void vtnfPrincipalArgument(float* dst, const float* src, int32_t n)
+{
+    vtnfGetTable().PrincipalArgument(dst, src, n);
+}
+// A transform of the class that fits the table; see dsp/vtnf_fft.h. *ppOut is null on failure.
+inline int32_t vtnfCreateFFT(CvtnfFFT_If** ppOut, int32_t windowLength, int32_t zeroPadFactor, int32_t windowType)
+{
+    return vtnfGetTable().CreateFFT(ppOut, windowLength, zeroPadFactor, windowType);
+}
+// Destroys and nulls; an object of another table's class gives kInvalidArgument.
+inline int32_t vtnfDestroyFFT(CvtnfFFT_If** ppFFT) { return vtnfGetTable().DestroyFFT(ppFFT); }
