@@ -1,0 +1,134 @@
+// Streaming band-limited interpolation whose ratio may change with every call: a Kaiser-windowed sinc, tabulated at 256
+// steps a zero crossing and interpolated between them (Smith and Gossett 1984). Below ratio 1 the filter is stretched by
+// the ratio, so that it also keeps out what would fold back. The first output frame coincides with the first input frame;
+// output starts once the filter's look-ahead has arrived. The read position carries its fraction from call to call, so a
+// ratio change makes no phase jump.
+// One object serves one thread; after creation nothing allocates.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+enum ResampleType : int32_t { kResampleFloat = 0, kResampleInt16 = 1 };
+
+class CResampleBase {
+public:
+    // Takes frames of interleaved in (at most the maxFrames of creation), gives the frames written to out. Only the
+    // quotient outRate / inRate matters, 1/1000 or above. The caller sizes out for the ratios in use. in and out may be
+    // the same array. channels is at most that of creation and stays the same until Reset. Arguments outside these
+    // bounds give 0 and change nothing.
+    virtual int32_t Process(const void* in, void* out, float inRate, float outRate, int32_t channels,
+                            int32_t frames) noexcept = 0;
+    // Back to the state after creation.
+    virtual void Reset() noexcept = 0;
+    virtual ~CResampleBase() = default;
+    CResampleBase(const CResampleBase&) = delete;
+    CResampleBase& operator=(const CResampleBase&) = delete;
+
+    // Input frames that the next Process needs in order to yield at least outFrames; 0 when it needs none.
+    int32_t InputFramesFor(int32_t outFrames, float inRate, float outRate) const noexcept;
+
+protected:
+    // One call's worth of work.
+    struct Pass {
+        double ratio;         // output frames per input frame
+        double step;          // input frames per output frame
+        double scale;         // makes up for the area of a stretched filter
+        int32_t filterStep;   // table steps of 1/128 entry from one input frame to the next
+        int32_t frames;       // input frames used up; below 0 while the look-ahead is short
+
+        int32_t OutputFrames() const noexcept;
+        bool Complete(int32_t outputFrame) const noexcept;
+    };
+
+    CResampleBase(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair);
+    // Fills table and deltas with the first n entries of a filter of n / 256 zero crossings a wing.
+    virtual void BuildFilterTable(int32_t n) = 0;
+    static double FilterValue(int32_t i, int32_t n, float rolloff, float kaiserBeta);
+
+    bool Accepts(float inRate, float outRate, int32_t channelCount, int32_t frames) const noexcept;
+    size_t HistorySamples() const noexcept;
+    // Widens the look-ahead that the ratio asks for; it never narrows.
+    void GrowLookAhead(double ratio) noexcept;
+    Pass PlanPass(double ratio) noexcept;
+    // Books the pass; gives the frames by which the history moves down.
+    int32_t FinishPass(const Pass& pass) noexcept;
+    void Rewind() noexcept;
+
+    int32_t tableLength;   // entries of one wing: quality zero crossings
+    static constexpr int32_t kSamplesPerCrossing = 256;
+    float rolloff;             // corner of the filter, of Nyquist
+    float kaiserBeta = 9.0f;   // stop band near -90 dB, were the wing long enough
+    int32_t halfTaps;          // frames that a wing reaches at ratio 1, and one to spare
+    int32_t maxFramesPerCall;
+    int32_t channelsAtCreation;
+    ptrdiff_t headroom;   // samples below origin at the start, room for xOff to grow
+    ptrdiff_t origin;     // sample of the history where logical frame 0 stands
+    int32_t xOff;         // frames of history held on either side of the read position
+    int32_t xRead;        // end of valid frames
+    int32_t xPos;         // frame that the next block of input starts from
+    int32_t pending;      // frames behind xRead; below 0: owed, after a creep or a growth
+    double time;          // read position in frames, relative to origin
+    bool firstCall;
+    int32_t channels;
+    bool pairMode;   // two channels share a pass and sum in single precision
+};
+
+// What both sample types share: the history and the road of a call.
+template <typename Sample>
+class CResampleOf : public CResampleBase {
+public:
+    int32_t Process(const void* in, void* out, float inRate, float outRate, int32_t channelCount,
+                    int32_t frames) noexcept override;
+    void Reset() noexcept override;
+
+protected:
+    CResampleOf(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair);
+    // Writes count frames from read position time on; gives the read position behind them.
+    virtual double Interpolate(const Pass& pass, int32_t count, Sample* out) const noexcept = 0;
+    const Sample* Frame(int64_t frame) const noexcept { return history.data() + origin + frame * channels; }
+
+    std::vector<Sample> table;    // one wing of the impulse response
+    std::vector<Sample> deltas;   // table[i + 1] - table[i]; the last one 0
+
+private:
+    void Append(const Sample* in, int32_t frames) noexcept;
+    void MoveDown(int32_t frames) noexcept;
+
+    std::vector<Sample> history;   // interleaved
+};
+
+class CResampleFloat final : public CResampleOf<float> {
+public:
+    CResampleFloat(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair);
+
+private:
+    void BuildFilterTable(int32_t n) override;
+    double Interpolate(const Pass& pass, int32_t count, float* out) const noexcept override;
+};
+
+// 16-bit samples and coefficients, sums in 64 bits; peaks beyond full scale are held there.
+class CResampleInt final : public CResampleOf<int16_t> {
+public:
+    CResampleInt(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair);
+
+private:
+    void BuildFilterTable(int32_t n) override;
+    double Interpolate(const Pass& pass, int32_t count, int16_t* out) const noexcept override;
+};
+
+// quality, 1 to 120, is the number of zero crossings that a wing of the filter covers; maxFrames bounds every Process;
+// sampleType is a ResampleType; pairMode lets two float channels share a pass that sums in single precision. Arguments
+// outside their ranges give kInvalidArgument, memory out kOutOfMemory, and *ppResampler is null then. The caller owns it
+// through DestroyResampler.
+int32_t CreateResampler(CResampleBase** ppResampler, int32_t quality, int32_t maxFrames, int32_t channels,
+                        int32_t sampleType, int32_t pairMode);
+// Destroys and nulls; accepts a null object. Always 0.
+int32_t DestroyResampler(CResampleBase** ppResampler);
+
+struct ResamplerDestroy {
+    void operator()(CResampleBase* p) const { DestroyResampler(&p); }
+};
+using ResamplerPtr = std::unique_ptr<CResampleBase, ResamplerDestroy>;
