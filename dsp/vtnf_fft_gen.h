@@ -1,11 +1,9 @@
-// The portable class of the frame transform: a complex transform of half the length, and the split of its result into
-// the two half spectra.
+// The portable class of the frame transform.
 #pragma once
 
+#include "dsp/transform.h"
 #include "dsp/vtnf_fft.h"
 
-#include <complex>
-#include <memory>
 #include <vector>
 
 class CvtnfFFTGen : public CvtnfFFT_If {
@@ -17,10 +15,8 @@ public:
     void Release() override {}
 
 private:
-    void Complex(bool inverse) noexcept;
-
-    std::vector<std::complex<float>> points;     // N/2
-    std::vector<std::complex<float>> twiddles;   // exp(-2 pi i k / N), k below N/2
+    RealTransform<float> transform;
+    std::vector<float> timeBuffer;   // fftLength samples: an inverse transform in full, of which windowLength go out
 };
 
 // The table's entries for this class; see vtnfCreateFFT and vtnfDestroyFFT.
