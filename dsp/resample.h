@@ -3,6 +3,16 @@
 // the ratio, so that it also keeps out what would fold back. The first output frame coincides with the first input frame;
 // output starts once the filter's look-ahead has arrived. The read position carries its fraction from call to call, so a
 // ratio change makes no phase jump.
+//
+// Quality 3 as measured, frequencies in units of the lower of both Nyquist frequencies (the gain holds 0.99 on purpose):
+//   passband       -0.09 dB at 0, -0.17 at 0.2, -0.30 at 0.3, -1.0 at 0.5, -2.8 at 0.7, -6.1 at 0.9
+//   folding back   -15 dB from 1.2, -25 from 1.4, -32 from 1.5, -40 from 1.6, -51 from 1.7, -68 from 1.8, -80 from 2
+//   images         (ratios above 1) -84 dB beside a tone near 0, -68 at 0.2, -51 at 0.3, -32 at 0.5, -11 at 0.9
+// Ripple there is none: the response falls from 0 on. Longer filters are steeper: at quality 24 an exact band-limited
+// signal up to 0.7 comes back at -75 dB, at quality 60 up to 0.8 at -82 dB.
+//
+// A ratio that falls by more than a third between two calls finds less look-ahead than its longer filter reaches: the
+// outermost coefficients of the last frames of that call then meet silence.
 // One object serves one thread; after creation nothing allocates.
 #pragma once
 

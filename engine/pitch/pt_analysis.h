@@ -45,7 +45,8 @@ private:
     double HarmonicRatio(int32_t bin, float level) const noexcept;
     void Decide(int32_t productBin, int32_t sumBin, PitchRecord* record) noexcept;
     void ForgetPitch(float frequency) noexcept;
-    float BinFrequency(int32_t bin) const noexcept;
+    int32_t LowestBin() const noexcept;
+    double BinFrequency(double bin) const noexcept;
     int32_t NearestBin(float frequency) const noexcept;
     float RefinedFrequency(int32_t bin) const noexcept;
 
