@@ -101,8 +101,7 @@ void RatioRamp::Step() noexcept
 
 bool RatioRamp::NeedsStep() const noexcept
 {
-    return std::abs(stretchStep) < std::abs(targetStretch - curStretch) ||
-           std::abs(pitchStep) < std::abs(targetPitch - curPitch);
+    return curStretch != targetStretch || curPitch != targetPitch;
 }
 
 void RatioRamp::SetCurrent(float stretch, float pitch, int32_t divisor) noexcept

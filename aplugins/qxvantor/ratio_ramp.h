@@ -20,6 +20,7 @@ public:
     void SetSteps(int32_t divisor);
     // One step. The stretch ramps only while the pitch moves, and steps repeat while the product is out of bounds.
     void Step() noexcept;
+    // Also where what remains is no longer than a step: a ramp that rested there would never arrive.
     bool NeedsStep() const noexcept;
     // The pair that the engine has in force. A pitch that it moved restarts the pitch ramp from there.
     void SetCurrent(float stretch, float pitch, int32_t divisor) noexcept;
