@@ -1,5 +1,9 @@
-// One second-order recursive filter over any number of channels, with a choice of seven responses (bilinear designs:
-// Zoelzer, "Digital Audio Signal Processing"). The pitch tracker uses the low-pass and the high-pass.
+// One second-order recursive filter over any number of channels, with a choice of seven responses (see
+// eq_design.h). The pitch tracker uses the low-pass and the high-pass.
+//
+// A filter starts in bypass. A low-pass above 0.45 of the sample rate and a high-pass below 0.01 of it stay there, since
+// they would change next to nothing; the peaks leave it with their first parameters, the shelves and the one-pole never.
+//
 // New parameters take effect at the start of the next block, without a ramp, and the state runs through the change.
 // One object serves one thread; after creation nothing allocates.
 #pragma once
