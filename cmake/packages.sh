@@ -1,5 +1,5 @@
 # Sourced by run.sh and test.sh. Installs Debian packages quietly, and only those that are missing.
-build_packages=(g++ cmake ninja-build pkg-config libsndfile1-dev libpng-dev)
+build_packages=(g++ cmake ninja-build pkg-config libsndfile1-dev libpng-dev libcairo2-dev fonts-dejavu-core)
 test_packages=(libgtest-dev)
 
 need_packages() {
