@@ -32,16 +32,6 @@ Signal Magnitudes(Signal x)
     return magnitude;
 }
 
-Signal HarmonicTone(int32_t n, double f0, double sampleRate)
-{
-    Signal x(size_t(n), 0.0f);
-    for (int32_t h = 1; h * f0 < 0.45 * sampleRate; ++h) {
-        const Signal partial = Tone(n, h * f0, sampleRate, 1.0 / h, h);
-        std::transform(x.begin(), x.end(), partial.begin(), x.begin(), std::plus<>());
-    }
-    return x;
-}
-
 // The envelope, one value a bin.
 Signal Envelope(CSpectralEnvelope& estimator, Signal magnitude)
 {
