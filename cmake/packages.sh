@@ -1,6 +1,6 @@
 # Sourced by run.sh and test.sh. Installs Debian packages quietly, and only those that are missing.
 build_packages=(g++ cmake ninja-build pkg-config libsndfile1-dev libpng-dev libcairo2-dev fonts-dejavu-core)
-test_packages=(libgtest-dev)
+test_packages=(libgtest-dev espeak-ng)
 
 need_packages() {
     local missing=() package
