@@ -1,4 +1,24 @@
+#include "engine/tensio_classic.h"
 #include "engine/tensio_pro_if.h"
+
+#include <memory>
+#include <new>
+
+namespace {
+
+// The object of a mode's row; null for a mode that has none in this build.
+std::unique_ptr<CTensioProIf> Make(int32_t blockFrames, int32_t channels, float sampleRate, int32_t mode)
+{
+    switch (mode) {
+    case kModeEfficient:
+    case kModeEfficientAlias:
+        return std::make_unique<CtensioClassic>(blockFrames, channels, sampleRate, mode - kModeEfficient);
+    default:
+        return nullptr;
+    }
+}
+
+}   // namespace
 
 int32_t CreateInstance(CTensioProIf** ppEngine, int32_t blockFrames, int32_t channels, float sampleRate, int32_t mode)
 {
@@ -11,7 +31,12 @@ int32_t CreateInstance(CTensioProIf** ppEngine, int32_t blockFrames, int32_t cha
         return kInvalidChannelCount;
     if (mode < kModePro || mode > kModeSoloistSpeech)
         return kInvalidArgument;
-    return kNotAvailable;
+    try {
+        *ppEngine = Make(blockFrames, channels, sampleRate, mode).release();
+    } catch (const std::bad_alloc&) {
+        return kOutOfMemory;
+    }
+    return *ppEngine ? kSuccess : kNotAvailable;
 }
 
 int32_t DeleteInstance(CTensioProIf** ppEngine)

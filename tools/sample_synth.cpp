@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iterator>
 #include <numbers>
+#include <numeric>
 #include <random>
 
 namespace {
@@ -50,6 +51,9 @@ void Pluck(StereoSignal& out, double sampleRate, double start, double note, doub
     std::vector<double> line(size_t(period - 0.5));   // the average delays by half a sample
     NoiseSource noise(unsigned(note * 97.0 + start * 1000.0));
     std::ranges::generate(line, [&] { return noise.Next(); });
+    const double mean = std::accumulate(line.begin(), line.end(), 0.0) / double(line.size());
+    for (double& v : line)
+        v -= mean;   // the average in the loop would keep it for seconds
     const auto first = size_t(start * sampleRate);
     const auto length = size_t(1.8 * sampleRate);
     for (size_t i = 0, k = 0; i < length; ++i, k = (k + 1) % line.size()) {
