@@ -4,80 +4,78 @@
 // destination. A packed spectrum of N floats holds Re X[0], Re X[N/2], then Re, Im of bins 1 .. N/2-1.
 #pragma once
 
+#include "dsp/vtnf_table.h"
+
+#include <atomic>
 #include <cstdint>
 
-class CvtnfFFT_If;
-
-// One slot per entry, in the order that the table has kept from the start.
-struct VtnfTable {
-    float* (*Alloc)(int32_t n);
-    void (*Free)(float** p);
-    void (*Zero)(float* v, int32_t n);
-    void (*StdDev)(const float* v, float* pOut, int32_t n);
-    void (*Mean)(const float* v, float* pOut, int32_t n);
-    void (*MaxIndex)(const float* v, float* pMax, int32_t* pIndex, int32_t n);
-    void (*MaxEvery)(float* dst, const float* src, int32_t n);
-    void (*Add)(float* dst, const float* src, int32_t n);
-    void (*AddScalar)(float* dst, float c, int32_t n);
-    void (*Sub)(float* dst, const float* src, int32_t n);
-    void (*Mul)(float* dst, const float* src, int32_t n);
-    void (*MulScalar)(float* dst, float c, int32_t n);
-    void (*Div)(float* dst, const float* src, int32_t n);
-    void (*AddProduct)(float* dst, const float* a, const float* b, int32_t n);
-    void (*Abs)(float* v, int32_t n);
-    void (*Exp)(float* v, int32_t n);
-    void (*ThresholdLn)(float* v, float level, float value, int32_t n);
-    void (*ThresholdLT)(float* v, float level, float value, int32_t n);
-    void (*ThresholdGT)(float* v, float level, float value, int32_t n);
-    void (*DotProduct)(const float* a, const float* b, float* pOut, int32_t n);
-    void (*PackSpectrum)(float* dst, const float* re, const float* im, int32_t fftSize);
-    void (*UnpackSpectrum)(float* re, float* im, const float* src, int32_t fftSize);
-    void (*AddComplex)(float* dst, const float* src, int32_t bins);
-    void (*MulPacked)(float* dst, const float* src, int32_t bins);
-    void (*NoOp)();
-    void (*Phase)(float* dst, const float* packed, int32_t bins);
-    void (*AddProductPacked)(float* dst, const float* a, const float* b, int32_t bins);
-    void (*Magnitude)(float* dst, const float* packed, int32_t bins);
-    void (*PrincipalArgument)(float* dst, const float* src, int32_t n);
-    int32_t (*CreateFFT)(CvtnfFFT_If** ppOut, int32_t windowLength, int32_t zeroPadFactor, int32_t windowType);
-    int32_t (*DestroyFFT)(CvtnfFFT_If** ppFFT);
-};
-
-// The portable forms, which define what every entry computes.
-extern const VtnfTable kVtnfPortable;
-
-// Chooses the table; safe from any thread, and later calls return at once. The constructors of the spectral classes call
-// it first.
+// Chooses the table by the processor (see dsp/processor_class.h); safe from any thread, and later calls return at once.
+// The constructors of the spectral classes call it first.
 void vtnfInit();
 
-// Class of the table in force: -1 before the first vtnfInit, then 1 base, 2 SSE, 3 SSE2, 4 SSE3.
+// Vector level of the processor: -1 before the first vtnfInit, then 1 base, 2 SSE, 3 SSE2, 4 SSE3. Callers choose buffer
+// layouts by it, never arithmetic; so it does not follow a class that was asked for, and other architectures answer 4.
 int32_t vtnfGetLevel();
 
 // The table in force; the portable one before the first vtnfInit.
-const VtnfTable& vtnfGetTable();
+extern constinit std::atomic<const VtnfTable*> vtnfTableInForce;
+inline const VtnfTable& vtnfGetTable()
+{
+    return *vtnfTableInForce.load(std::memory_order_acquire);
+}
 
 // The entries in use, called through the table in force. ------------------------------------------------------------
 
 // A buffer of n floats, uninitialised, aligned to 64 bytes; null when n is 0 or negative, or memory is out. The caller
 // frees it with vtnfFree.
-inline float* vtnfAlloc(int32_t n) { return vtnfGetTable().Alloc(n); }
+inline float* vtnfAlloc(int32_t n)
+{
+    return vtnfGetTable().Alloc(n);
+}
 // Frees *p when it is not null, and nulls it.
-inline void vtnfFree(float** p) { vtnfGetTable().Free(p); }
-inline void vtnfZero(float* v, int32_t n) { vtnfGetTable().Zero(v, n); }
+inline void vtnfFree(float** p)
+{
+    vtnfGetTable().Free(p);
+}
+inline void vtnfZero(float* v, int32_t n)
+{
+    vtnfGetTable().Zero(v, n);
+}
 // The largest element and its index, the first one on a tie.
 inline void vtnfMaxIndex(const float* v, float* pMax, int32_t* pIndex, int32_t n)
 {
     vtnfGetTable().MaxIndex(v, pMax, pIndex, n);
 }
 // dst[i] = max(dst[i], src[i])
-inline void vtnfMaxEvery(float* dst, const float* src, int32_t n) { vtnfGetTable().MaxEvery(dst, src, n); }
-inline void vtnfAdd(float* dst, const float* src, int32_t n) { vtnfGetTable().Add(dst, src, n); }
-inline void vtnfSub(float* dst, const float* src, int32_t n) { vtnfGetTable().Sub(dst, src, n); }
-inline void vtnfMul(float* dst, const float* src, int32_t n) { vtnfGetTable().Mul(dst, src, n); }
-inline void vtnfMulScalar(float* dst, float c, int32_t n) { vtnfGetTable().MulScalar(dst, c, n); }
-inline void vtnfDiv(float* dst, const float* src, int32_t n) { vtnfGetTable().Div(dst, src, n); }
+inline void vtnfMaxEvery(float* dst, const float* src, int32_t n)
+{
+    vtnfGetTable().MaxEvery(dst, src, n);
+}
+inline void vtnfAdd(float* dst, const float* src, int32_t n)
+{
+    vtnfGetTable().Add(dst, src, n);
+}
+inline void vtnfSub(float* dst, const float* src, int32_t n)
+{
+    vtnfGetTable().Sub(dst, src, n);
+}
+inline void vtnfMul(float* dst, const float* src, int32_t n)
+{
+    vtnfGetTable().Mul(dst, src, n);
+}
+inline void vtnfMulScalar(float* dst, float c, int32_t n)
+{
+    vtnfGetTable().MulScalar(dst, c, n);
+}
+inline void vtnfDiv(float* dst, const float* src, int32_t n)
+{
+    vtnfGetTable().Div(dst, src, n);
+}
 // v[i] = e^v[i]
-inline void vtnfExp(float* v, int32_t n) { vtnfGetTable().Exp(v, n); }
+inline void vtnfExp(float* v, int32_t n)
+{
+    vtnfGetTable().Exp(v, n);
+}
 // Where v[i] < level, v[i] = value; then v[i] = ln(v[i]).
 inline void vtnfThresholdLn(float* v, float level, float value, int32_t n)
 {
@@ -85,7 +83,10 @@ inline void vtnfThresholdLn(float* v, float level, float value, int32_t n)
 }
 // dst[k] = atan2(im[k], re[k]) of a packed spectrum, k from 0 to bins-1, bin 0 with imaginary part 0. packed[1] stays as
 // it is unless dst is packed.
-inline void vtnfPhase(float* dst, const float* packed, int32_t bins) { vtnfGetTable().Phase(dst, packed, bins); }
+inline void vtnfPhase(float* dst, const float* packed, int32_t bins)
+{
+    vtnfGetTable().Phase(dst, packed, bins);
+}
 // dst[k] = sqrt(re^2 + im^2), bin 0 as abs(packed[0]). packed[1] stays as it is unless dst is packed.
 inline void vtnfMagnitude(float* dst, const float* packed, int32_t bins)
 {
@@ -102,4 +103,7 @@ inline int32_t vtnfCreateFFT(CvtnfFFT_If** ppOut, int32_t windowLength, int32_t 
     return vtnfGetTable().CreateFFT(ppOut, windowLength, zeroPadFactor, windowType);
 }
 // Destroys and nulls; an object of another table's class gives kInvalidArgument.
-inline int32_t vtnfDestroyFFT(CvtnfFFT_If** ppFFT) { return vtnfGetTable().DestroyFFT(ppFFT); }
+inline int32_t vtnfDestroyFFT(CvtnfFFT_If** ppFFT)
+{
+    return vtnfGetTable().DestroyFFT(ppFFT);
+}

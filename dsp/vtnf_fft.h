@@ -28,11 +28,11 @@ public:
 protected:
     CvtnfFFT_If(int32_t frameLength, int32_t zeroPadFactor, int32_t type);
 
-    int32_t fftLength;            // N = windowLength * zeroPadFactor
-    int32_t windowLength;         // samples taken from the caller per transform
-    float* window = nullptr;      // windowLength coefficients
+    int32_t fftLength;         // N = windowLength * zeroPadFactor
+    int32_t windowLength;      // samples taken from the caller per transform
+    float* window = nullptr;   // windowLength coefficients
     int32_t status = 0;
-    void* spec = nullptr;         // plan
-    void* work = nullptr;         // its work buffer
-    int32_t windowType;           // 0: no window is applied
+    void* spec = nullptr;   // plan
+    void* work = nullptr;   // its work buffer
+    int32_t windowType;     // 0: no window is applied
 };

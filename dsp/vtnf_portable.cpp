@@ -1,29 +1,13 @@
 // The portable entries: plain loops that define what each entry computes, on any processor.
-#include "dsp/vtnf.h"
 #include "dsp/vtnf_fft_gen.h"
+#include "dsp/vtnf_shared.h"
+#include "dsp/vtnf_table.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <utility>
+#include <cstdint>
 
 namespace {
-
-constexpr size_t kAlignment = 64;   // bytes: a cache line, and the widest vector register
-
-float* Alloc(int32_t n)
-{
-    if (n <= 0)
-        return nullptr;
-    const size_t bytes = (size_t(n) * sizeof(float) + kAlignment - 1) / kAlignment * kAlignment;
-    return static_cast<float*>(std::aligned_alloc(kAlignment, bytes));
-}
-
-void Free(float** p)
-{
-    std::free(*p);
-    *p = nullptr;
-}
 
 void Zero(float* v, int32_t n)
 {
@@ -190,8 +174,6 @@ void MulPacked(float* dst, const float* src, int32_t bins)
     }
 }
 
-void NoOp() {}
-
 void AddProductPacked(float* dst, const float* a, const float* b, int32_t bins)
 {
     dst[0] += a[0] * b[0];
@@ -229,10 +211,35 @@ void PrincipalArgument(float* dst, const float* src, int32_t n)
 }   // namespace
 
 const VtnfTable kVtnfPortable = {
-    Alloc,      Free,         Zero,           StdDev,     Mean,      MaxIndex,
-    MaxEvery,   Add,          AddScalar,      Sub,        Mul,       MulScalar,
-    Div,        AddProduct,   Abs,            Exp,        ThresholdLn, ThresholdLT,
-    ThresholdGT, DotProduct,  PackSpectrum,   UnpackSpectrum, AddComplex, MulPacked,
-    NoOp,       Phase,        AddProductPacked, Magnitude, PrincipalArgument, CreateFFTGen,
-    DestroyFFTGen,
+    VtnfAlloc,
+    VtnfFree,
+    Zero,
+    StdDev,
+    Mean,
+    MaxIndex,
+    MaxEvery,
+    Add,
+    AddScalar,
+    Sub,
+    Mul,
+    MulScalar,
+    Div,
+    AddProduct,
+    Abs,
+    Exp,
+    ThresholdLn,
+    ThresholdLT,
+    ThresholdGT,
+    DotProduct,
+    PackSpectrum,
+    UnpackSpectrum,
+    AddComplex,
+    MulPacked,
+    VtnfNoOp,
+    Phase,
+    AddProductPacked,
+    Magnitude,
+    PrincipalArgument,
+    CreateFFTPortable,
+    DestroyFFTPortable,
 };

@@ -1,0 +1,50 @@
+// The vector table for processors with AVX2 and FMA.
+#include "dsp/vtnf_shared.h"
+#include "dsp/vtnf_table.h"
+
+#include <stddef.h>
+
+// Made outside, where nothing is compiled for this class.
+int32_t CreateFFTAvx2(CvtnfFFT_If** ppOut, int32_t windowLength, int32_t zeroPadFactor, int32_t windowType);
+int32_t DestroyFFTAvx2(CvtnfFFT_If** ppFFT);
+
+namespace {
+constexpr int kLanes = 8;
+#include "dsp/simd/lanes.inl"
+#include "dsp/simd/math.inl"
+#include "dsp/simd/vtnf.inl"
+}   // namespace
+
+constinit const VtnfTable kVtnfAvx2 = {
+    VtnfAlloc,
+    VtnfFree,
+    Zero,
+    StdDev,
+    Mean,
+    MaxIndex,
+    MaxEvery,
+    Add,
+    AddScalar,
+    Sub,
+    Mul,
+    MulScalar,
+    Div,
+    AddProduct,
+    Abs,
+    Exp,
+    ThresholdLn,
+    ThresholdLT,
+    ThresholdGT,
+    DotProduct,
+    PackSpectrum,
+    UnpackSpectrum,
+    AddComplex,
+    MulPacked,
+    VtnfNoOp,
+    Phase,
+    AddProductPacked,
+    Magnitude,
+    PrincipalArgument,
+    CreateFFTAvx2,
+    DestroyFFTAvx2,
+};
