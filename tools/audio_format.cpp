@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <string_view>
 
 namespace {
 
@@ -13,6 +14,9 @@ constexpr ContainerEntry kContainers[] = {
     {"flac", ".flac.", Container::kFlac},   {"ogg", ".ogg.oga.", Container::kOgg},
     {"opus", ".opus.", Container::kOpus},
 };
+
+// Names of formats that are read at most. Whoever asks for one of them is told so instead of getting another.
+constexpr char kNotWritten[] = ".mp3.m4a.mp4.aac.wma.caf.au.snd.voc.svx.iff.sf.raw.ape.wv.mka.webm.";
 
 bool IsLossy(Container container)
 {
@@ -26,13 +30,20 @@ bool Holds(Container container, Encoding encoding)
     return (encoding == Encoding::kLossy) == IsLossy(container) && encoding != Encoding::kOther;
 }
 
+bool Lists(std::string_view extensions, const std::string& extension)
+{
+    return extension.size() > 1 && extensions.find(extension + ".") != std::string_view::npos;
+}
+
 std::optional<Container> ByExtension(const std::string& path)
 {
     std::string extension = std::filesystem::path(path).extension().string();
     std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
     for (const ContainerEntry& entry : kContainers)
-        if (!extension.empty() && std::string(entry.extensions).find(extension + ".") != std::string::npos)
+        if (Lists(entry.extensions, extension))
             return entry.container;
+    if (Lists(kNotWritten, extension))
+        throw UsageFailure(path + ": this format cannot be written; another can be chosen with --format");
     return {};
 }
 

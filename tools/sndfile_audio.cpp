@@ -6,8 +6,11 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -65,15 +68,22 @@ std::vector<int> ChannelMapOf(SNDFILE* file, int channels)
     return map;
 }
 
+// The library's words for what went wrong, without the label in front and the stop behind.
+std::string Words(const char* text)
+{
+    std::string words = text;
+    if (const size_t label = words.find("rror : "); label != std::string::npos)
+        words.erase(0, label + 7);
+    if (words.ends_with('.'))
+        words.pop_back();
+    return words;
+}
+
 class SndfileReader : public AudioReader {
 public:
     explicit SndfileReader(const std::string& thePath) : path(thePath)
     {
-        struct stat status {};
-        if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0)
-            throw DataFailure(path + ": the file is empty");
-        if (S_ISDIR(status.st_mode))
-            throw DataFailure(path + ": a folder, not a file");
+        CheckPlace();
         file.reset(sf_open(path.c_str(), SFM_READ, &info));
         if (!file)
             throw DataFailure(path + ": " + Reason());
@@ -108,11 +118,21 @@ public:
     }
 
 private:
+    void CheckPlace() const
+    {
+        struct stat status {};
+        if (stat(path.c_str(), &status) != 0 || access(path.c_str(), R_OK) != 0)
+            throw DataFailure(path + ": cannot read: " + std::strerror(errno));
+        if (S_ISDIR(status.st_mode))
+            throw DataFailure(path + ": a folder, not a file");
+        if (S_ISREG(status.st_mode) && status.st_size == 0)
+            throw DataFailure(path + ": the file is empty");
+    }
     std::string Reason() const
     {
         if (sf_error(nullptr) == SF_ERR_UNRECOGNISED_FORMAT)
             return "not an audio file of a known format";
-        return sf_strerror(nullptr);
+        return Words(sf_strerror(nullptr));
     }
     Failure Truncated() const { return DataFailure(path + ": the file is damaged or ends before its audio does"); }
 
@@ -161,7 +181,7 @@ public:
                               std::to_string(format.rate) + " Hz");
         file.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
         if (!file)
-            throw DataFailure(name + ": " + sf_strerror(nullptr));
+            throw DataFailure(name + ": " + Words(sf_strerror(nullptr)));
         sf_command(file.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, format.container == Container::kWav);
         SetFacts(format, tags);
     }
@@ -170,7 +190,7 @@ public:
     {
         const int64_t written = unusedBits < 0 ? sf_writef_float(file.get(), in, frames) : WriteWhole(in, frames);
         if (written != frames)
-            throw DataFailure(name + ": cannot write: " + sf_strerror(file.get()));
+            throw DataFailure(name + ": cannot write: " + Words(sf_strerror(file.get())));
     }
 
     int64_t Clipped() const override { return clipped; }
@@ -181,7 +201,7 @@ public:
         const int error = sf_error(file.get());
         const int closing = sf_close(file.release());
         if (error || closing)
-            throw DataFailure(name + ": cannot write: " + sf_error_number(error ? error : closing));
+            throw DataFailure(name + ": cannot write: " + Words(sf_error_number(error ? error : closing)));
     }
 
 private:

@@ -1,91 +1,18 @@
 #include "tests/aplugins/call_counter.h"
 
 #include <atomic>
-#include <cstddef>
 #include <cstdlib>
-#include <new>
 #include <pthread.h>
 
 namespace {
 
 std::atomic<int64_t> calls{0};
 
-void* Allocate(size_t size, size_t alignment)
-{
-    ++calls;
-    if (alignment <= alignof(std::max_align_t))
-        return std::malloc(size);
-    return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
-}
-
-void* AllocateOrThrow(size_t size, size_t alignment)
-{
-    void* const p = Allocate(size ? size : 1, alignment);
-    return p ? p : throw std::bad_alloc();
-}
-
 }   // namespace
 
 int64_t HeapAndLockCalls()
 {
     return calls;
-}
-
-void* operator new(size_t size)
-{
-    return AllocateOrThrow(size, 1);
-}
-void* operator new[](size_t size)
-{
-    return AllocateOrThrow(size, 1);
-}
-void* operator new(size_t size, std::align_val_t a)
-{
-    return AllocateOrThrow(size, size_t(a));
-}
-void* operator new[](size_t size, std::align_val_t a)
-{
-    return AllocateOrThrow(size, size_t(a));
-}
-void* operator new(size_t size, const std::nothrow_t&) noexcept
-{
-    return Allocate(size ? size : 1, 1);
-}
-void* operator new[](size_t size, const std::nothrow_t&) noexcept
-{
-    return Allocate(size ? size : 1, 1);
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, size_t) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p, size_t) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::align_val_t) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p, std::align_val_t) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, size_t, std::align_val_t) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p, size_t, std::align_val_t) noexcept
-{
-    std::free(p);
 }
 
 // The linker sends the calls of all objects in this program here.

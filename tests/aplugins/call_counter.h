@@ -1,4 +1,5 @@
-// Counts heap and lock calls of this program, from operator new, the C allocators and pthread_mutex_lock.
+// Counts what the code under test asks of the heap and of locks: the C allocators, operator new by way of
+// tests/allocations.cpp, and pthread_mutex_lock.
 #pragma once
 
 #include <cstdint>
