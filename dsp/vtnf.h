@@ -71,18 +71,18 @@ inline void vtnfDiv(float* dst, const float* src, int32_t n)
 {
     vtnfGetTable().Div(dst, src, n);
 }
-// v[i] = e^v[i]
+// v[i] = e^v[i], to 1e-7 of the value; denormals, 0 and infinity where the result leaves the normal numbers.
 inline void vtnfExp(float* v, int32_t n)
 {
     vtnfGetTable().Exp(v, n);
 }
-// Where v[i] < level, v[i] = value; then v[i] = ln(v[i]).
+// Where v[i] < level, v[i] = value; then v[i] = ln(v[i]), to 1.3e-7 of the value.
 inline void vtnfThresholdLn(float* v, float level, float value, int32_t n)
 {
     vtnfGetTable().ThresholdLn(v, level, value, n);
 }
-// dst[k] = atan2(im[k], re[k]) of a packed spectrum, k from 0 to bins-1, bin 0 with imaginary part 0. packed[1] stays as
-// it is unless dst is packed.
+// dst[k] = atan2(im[k], re[k]) of a packed spectrum of finite values, k from 0 to bins-1, bin 0 with imaginary part 0; to
+// 3e-7 and to 2e-7 of the angle. packed[1] stays as it is unless dst is packed.
 inline void vtnfPhase(float* dst, const float* packed, int32_t bins)
 {
     vtnfGetTable().Phase(dst, packed, bins);
@@ -92,7 +92,8 @@ inline void vtnfMagnitude(float* dst, const float* packed, int32_t bins)
 {
     vtnfGetTable().Magnitude(dst, packed, bins);
 }
-// Wraps phases into (-pi, pi]. The portable entry leaves element 0 as it is; callers do not read it.
+// Wraps phases into (-pi, pi]. The portable entry leaves element 0 as it is, the others wrap it too; callers do not read
+// it. Phases stay below 2^31 turns.
 inline void vtnfPrincipalArgument(float* dst, const float* src, int32_t n)
 {
     vtnfGetTable().PrincipalArgument(dst, src, n);
