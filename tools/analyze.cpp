@@ -1,5 +1,6 @@
 #include "tools/analyze.h"
 
+#include "tools/analyze_pitch.h"
 #include "tools/failure.h"
 
 #include <string>
@@ -13,7 +14,9 @@ struct Analysis {
     int (*run)(std::span<char* const> arguments);
 };
 
-const std::vector<Analysis> kAnalyses = {};
+const std::vector<Analysis> kAnalyses = {
+    {"pitch", AnalyzePitch},
+};
 
 std::string Names()
 {

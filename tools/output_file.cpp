@@ -2,6 +2,7 @@
 
 #include "tools/failure.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -58,6 +59,16 @@ OutputFile::~OutputFile()
         return;
     close(descriptor);
     unlink(temporary.c_str());
+}
+
+void OutputFile::Write(std::string_view contents)
+{
+    while (!contents.empty()) {
+        const ssize_t written = write(descriptor, contents.data(), contents.size());
+        if (written < 0 && errno != EINTR)
+            throw DataFailure(name + ": cannot write: " + std::strerror(errno));
+        contents.remove_prefix(size_t(std::max<ssize_t>(written, 0)));
+    }
 }
 
 void OutputFile::Commit()

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 class OutputFile {
 public:
@@ -15,6 +16,7 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
 
     int Descriptor() const { return descriptor; }
+    void Write(std::string_view contents);
     void Commit();
 
 private:

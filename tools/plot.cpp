@@ -1,6 +1,5 @@
 #include "tools/plot.h"
 
-#include "tools/beside_file.h"
 #include "tools/plot_area.h"
 
 #include <algorithm>
@@ -191,7 +190,7 @@ void Plot::DrawPanel(cairo_t* cr, const PlotPanel& panel, double top) const
     DrawAxisY(cr, area, panel.yAxis);
 }
 
-void Plot::WritePng(const std::string& path) const
+std::string Plot::Png() const
 {
     const auto below = [](const PlotPanel& panel) { return panel.xAxis.label.empty() ? kBelowBare : kBelow; };
     double height = kTitle;
@@ -217,6 +216,6 @@ void Plot::WritePng(const std::string& path) const
     }
     std::string png;
     if (cairo_surface_write_to_png_stream(surface.get(), Append, &png) != CAIRO_STATUS_SUCCESS)
-        throw std::runtime_error("cannot draw " + path);
-    WriteBeside(path, png);
+        throw std::runtime_error("cannot draw: " + title);
+    return png;
 }

@@ -5,7 +5,7 @@
 //   PlotPanel& panel = plot.AddPanel(400, {"time, s", 0.0, 3.2}, {"frequency, Hz", 50.0, 4000.0, true});
 //   panel.AddImage(Spectrogram(samples, 44100.0));
 //   panel.AddCurve(times, pitches, {kPlotCyan, 2.0, "pitch"});
-//   plot.WritePng("pitch.png");
+//   outputFile.Write(plot.Png());
 #pragma once
 
 #include <cstddef>
@@ -84,9 +84,8 @@ public:
     explicit Plot(std::string plotTitle, int pictureWidth = 1400);
     // height in pixels, of the area inside the axes. The panel lives as long as the plot.
     PlotPanel& AddPanel(int height, PlotAxis x, PlotAxis y);
-    // Written beside path and renamed when whole. Throws std::runtime_error, whose text names the file and the reason;
-    // what stood at path stays then.
-    void WritePng(const std::string& path) const;
+    // The picture as a PNG file's contents.
+    std::string Png() const;
 
 private:
     void DrawPanel(cairo_t* cr, const PlotPanel& panel, double top) const;
