@@ -1,5 +1,6 @@
 #include "engine/tensio_classic.h"
 #include "engine/tensio_pro_if.h"
+#include "engine/tensio_solo.h"
 
 #include <memory>
 #include <new>
@@ -13,6 +14,9 @@ std::unique_ptr<CTensioProIf> Make(int32_t blockFrames, int32_t channels, float 
     case kModeEfficient:
     case kModeEfficientAlias:
         return std::make_unique<CtensioClassic>(blockFrames, channels, sampleRate, mode - kModeEfficient);
+    case kModeSoloistMono:
+    case kModeSoloistSpeech:
+        return std::make_unique<CtensioSOLO>(blockFrames, channels, sampleRate, mode);
     default:
         return nullptr;
     }
