@@ -1,5 +1,6 @@
 #include "dsp/resample.h"
 
+#include "dsp/resample_tap.h"
 #include "dsp/status.h"
 
 #include <algorithm>
@@ -13,10 +14,7 @@ namespace {
 constexpr int32_t kMaxQuality = 120;
 constexpr double kMinRatio = 1.0 / 1000.0;   // the headroom is laid out for it
 constexpr int32_t kSpareFrames = 8;          // of the history, for the frame or two that rounding may ask for
-constexpr int32_t kPhaseBits = 15;           // of the read position's fraction
-constexpr int32_t kPhaseMask = (1 << kPhaseBits) - 1;
-constexpr int32_t kEntrySteps = 128;   // steps between two table entries
-constexpr double kGain = 0.99;         // leaves room for the filter's overshoot
+constexpr double kGain = 0.99;               // leaves room for the filter's overshoot
 
 // Modified Bessel function of order 0 by its power series.
 double BesselI0(double y)
@@ -29,23 +27,6 @@ double BesselI0(double y)
     }
     return sum;
 }
-
-// Where the two wings of an output frame meet the table and the history.
-struct Tap {
-    int64_t frame;       // the left wing runs backwards from here, the right one forwards from the next frame
-    int32_t leftStart;   // table positions in 1/128 entries
-    int32_t rightStart;
-
-    Tap(double time, int32_t filterStep)
-    {
-        const auto p = int64_t(time * (1 << kPhaseBits));
-        const auto leftPhase = int32_t(p & kPhaseMask), rightPhase = int32_t(-p & kPhaseMask);
-        frame = p >> kPhaseBits;
-        leftStart = int32_t((int64_t(leftPhase) * filterStep) >> kPhaseBits);
-        // On a frame the centre tap belongs to the left wing alone.
-        rightStart = rightPhase ? int32_t((int64_t(rightPhase) * filterStep) >> kPhaseBits) : filterStep;
-    }
-};
 
 }   // namespace
 
@@ -123,7 +104,7 @@ CResampleBase::Pass CResampleBase::PlanPass(double ratio) noexcept
     pass.ratio = ratio;
     pass.step = 1.0 / ratio;
     pass.scale = ratio >= 1.0 ? kGain : kGain * ratio;
-    pass.filterStep = int32_t(std::min(1.0, ratio) * kSamplesPerCrossing * kEntrySteps + 0.5);
+    pass.filterStep = int32_t(std::min(1.0, ratio) * kSamplesPerCrossing * kTableSteps + 0.5);
     pass.frames = firstCall ? pending - xOff : pending;
     firstCall = false;
     return pass;
@@ -220,107 +201,6 @@ void CResampleOf<Sample>::Reset() noexcept
 
 template class CResampleOf<float>;
 template class CResampleOf<int16_t>;
-
-CResampleFloat::CResampleFloat(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair)
-    : CResampleOf(quality, maxFrames, maxChannels, pair)
-{
-    BuildFilterTable(tableLength);
-}
-
-void CResampleFloat::BuildFilterTable(int32_t n)
-{
-    table.resize(size_t(n));
-    deltas.resize(size_t(n));
-    for (int32_t i = 0; i < n; ++i)
-        table[size_t(i)] = float(FilterValue(i, n, rolloff, kaiserBeta));
-    for (int32_t i = 0; i + 1 < n; ++i)
-        deltas[size_t(i)] = table[size_t(i) + 1] - table[size_t(i)];
-}
-
-namespace {
-
-// The sum of one wing over `Lanes` adjacent channels, stepping through the history by stride samples.
-template <typename Sum, int Lanes>
-inline void AddWing(const float* table, const float* deltas, int32_t h, int32_t end, int32_t filterStep, const float* x,
-                    ptrdiff_t stride, Sum (&sum)[Lanes])
-{
-    for (; h < end; h += filterStep, x += stride) {
-        const int32_t entry = h / kEntrySteps;
-        const Sum c = Sum(table[entry]) + Sum(h % kEntrySteps) * Sum(1.0 / kEntrySteps) * Sum(deltas[entry]);
-        for (int lane = 0; lane < Lanes; ++lane)
-            sum[lane] += c * Sum(x[lane]);
-    }
-}
-
-}   // namespace
-
-double CResampleFloat::Interpolate(const Pass& pass, int32_t count, float* out) const noexcept
-{
-    const bool pair = pairMode && channels == 2;
-    const int32_t leftEnd = tableLength * kEntrySteps, rightEnd = leftEnd - kEntrySteps;
-    double position = time;
-    for (int32_t i = 0; i < count; ++i, position += pass.step) {
-        const Tap tap(position, pass.filterStep);
-        const float* left = Frame(tap.frame);
-        const float* right = Frame(tap.frame + 1);
-        if (pair) {
-            float sum[2] = {};
-            AddWing(table.data(), deltas.data(), tap.leftStart, leftEnd, pass.filterStep, left, -2, sum);
-            AddWing(table.data(), deltas.data(), tap.rightStart, rightEnd, pass.filterStep, right, 2, sum);
-            *out++ = sum[0] * float(pass.scale);
-            *out++ = sum[1] * float(pass.scale);
-            continue;
-        }
-        for (int32_t c = 0; c < channels; ++c) {
-            double sum[1] = {};
-            AddWing(table.data(), deltas.data(), tap.leftStart, leftEnd, pass.filterStep, left + c, -channels, sum);
-            AddWing(table.data(), deltas.data(), tap.rightStart, rightEnd, pass.filterStep, right + c, channels, sum);
-            *out++ = float(sum[0] * pass.scale);
-        }
-    }
-    return position;
-}
-
-CResampleInt::CResampleInt(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair)
-    : CResampleOf(quality, maxFrames, maxChannels, pair)
-{
-    BuildFilterTable(tableLength);
-}
-
-void CResampleInt::BuildFilterTable(int32_t n)
-{
-    table.resize(size_t(n));
-    deltas.resize(size_t(n));
-    for (int32_t i = 0; i < n; ++i)
-        table[size_t(i)] = int16_t(std::rint(FilterValue(i, n, rolloff, kaiserBeta) * 32767.0));
-    for (int32_t i = 0; i + 1 < n; ++i)
-        deltas[size_t(i)] = int16_t(table[size_t(i) + 1] - table[size_t(i)]);
-}
-
-double CResampleInt::Interpolate(const Pass& pass, int32_t count, int16_t* out) const noexcept
-{
-    const int32_t leftEnd = tableLength * kEntrySteps, rightEnd = leftEnd - kEntrySteps;
-    const auto scale = int32_t(pass.scale * 32768.0);
-    const auto wing = [&](const int16_t* x, int32_t h, int32_t end, ptrdiff_t stride) {
-        int64_t sum = 0;
-        for (; h < end; h += pass.filterStep, x += stride) {
-            const auto entry = size_t(h / kEntrySteps);
-            const int32_t c = table[entry] + ((h % kEntrySteps * deltas[entry]) >> 7);
-            sum += (c * *x) >> 8;
-        }
-        return sum;
-    };
-    double position = time;
-    for (int32_t i = 0; i < count; ++i, position += pass.step) {
-        const Tap tap(position, pass.filterStep);
-        for (int32_t c = 0; c < channels; ++c) {
-            const int64_t sum = wing(Frame(tap.frame) + c, tap.leftStart, leftEnd, -channels) +
-                                wing(Frame(tap.frame + 1) + c, tap.rightStart, rightEnd, channels);
-            *out++ = int16_t(std::clamp<int64_t>(((sum >> 7) * scale) >> 15, INT16_MIN, INT16_MAX));
-        }
-    }
-    return position;
-}
 
 int32_t CreateResampler(CResampleBase** ppResampler, int32_t quality, int32_t maxFrames, int32_t channels,
                         int32_t sampleType, int32_t pairMode)

@@ -16,6 +16,8 @@
 // One object serves one thread; after creation nothing allocates.
 #pragma once
 
+#include "dsp/resample_rows.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -97,11 +99,8 @@ public:
 protected:
     CResampleOf(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair);
     // Writes count frames from read position time on; gives the read position behind them.
-    virtual double Interpolate(const Pass& pass, int32_t count, Sample* out) const noexcept = 0;
+    virtual double Interpolate(const Pass& pass, int32_t count, Sample* out) noexcept = 0;
     const Sample* Frame(int64_t frame) const noexcept { return history.data() + origin + frame * channels; }
-
-    std::vector<Sample> table;    // one wing of the impulse response
-    std::vector<Sample> deltas;   // table[i + 1] - table[i]; the last one 0
 
 private:
     void Append(const Sample* in, int32_t frames) noexcept;
@@ -113,10 +112,18 @@ private:
 class CResampleFloat final : public CResampleOf<float> {
 public:
     CResampleFloat(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair);
+    void Reset() noexcept override;
 
 private:
     void BuildFilterTable(int32_t n) override;
-    double Interpolate(const Pass& pass, int32_t count, float* out) const noexcept override;
+    double Interpolate(const Pass& pass, int32_t count, float* out) noexcept override;
+    double InterpolateByTable(const Pass& pass, int32_t count, float* out) const noexcept;
+    double InterpolateByRows(const Pass& pass, int32_t count, float* out) const noexcept;
+
+    std::vector<float> table;    // one wing of the impulse response
+    std::vector<float> deltas;   // table[i + 1] - table[i]; the last one 0
+    ResampleRows rows;           // the same at one ratio
+    int32_t lastStep = 0;        // filterStep of the latest pass
 };
 
 // 16-bit samples and coefficients, sums in 64 bits; peaks beyond full scale are held there.
@@ -126,7 +133,10 @@ public:
 
 private:
     void BuildFilterTable(int32_t n) override;
-    double Interpolate(const Pass& pass, int32_t count, int16_t* out) const noexcept override;
+    double Interpolate(const Pass& pass, int32_t count, int16_t* out) noexcept override;
+
+    std::vector<int16_t> table;    // one wing of the impulse response, 32767 is 1
+    std::vector<int16_t> deltas;   // table[i + 1] - table[i]; the last one 0
 };
 
 // quality, 1 to 120, is the number of zero crossings that a wing of the filter covers; maxFrames bounds every Process;

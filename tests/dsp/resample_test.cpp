@@ -231,24 +231,51 @@ TEST(Resample, FirstFramesWaitForTheLookAheadAndAreNotLost)
 
 TEST(Resample, ChannelsAreIndependentAndAlike)
 {
+    constexpr int32_t kFrames = 300;
     for (int32_t channels : {2, 3, 5, 6, 8, 48})
         for (bool pair : {false, true})
-            for (float ratio : {0.3f, 1.7f}) {
-                const int32_t frames = 300;
+            for (float ratio : {0.05f, 0.3f, 1.7f}) {
                 const auto together = Make(3, channels, pair);
-                Signal mixed = Noise(frames * channels, 1), out(size_t(frames * channels * 3));
-                const int32_t written = together->Process(mixed.data(), out.data(), 1, ratio, channels, frames);
-                for (int32_t c = 0; c < channels; ++c) {
-                    Signal one(size_t(frames), 0.0f), expected(size_t(frames) * 3);
-                    for (int32_t i = 0; i < frames; ++i)
-                        one[size_t(i)] = mixed[size_t(i * channels + c)];
-                    ASSERT_EQ(Make()->Process(one.data(), expected.data(), 1, ratio, 1, frames), written);
-                    // The pair sums in single precision: a few roundings of sums near 2.
-                    const float bound = pair && channels == 2 ? 1e-6f : 1.2e-7f;
-                    for (int32_t i = 0; i < written; ++i)
-                        ASSERT_NEAR(out[size_t(i * channels + c)], expected[size_t(i)], bound) << channels << ' ' << c;
+                std::vector<ResamplerPtr> alone(static_cast<size_t>(channels));
+                std::generate(alone.begin(), alone.end(), [] { return Make(); });
+                // The pair sums in single precision: a few roundings of sums near 2.
+                const float bound = pair && channels == 2 ? 1e-6f : 1.2e-7f;
+                for (unsigned call = 0; call < 4; ++call) {   // from the second one on the ratio is known to stay
+                    const Signal mixed = Noise(kFrames * channels, call);
+                    Signal out(size_t(kFrames * channels * 3)), one(kFrames), expected(3 * kFrames);
+                    const int32_t written = together->Process(mixed.data(), out.data(), 1, ratio, channels, kFrames);
+                    for (int32_t c = 0; c < channels; ++c) {
+                        for (int32_t i = 0; i < kFrames; ++i)
+                            one[size_t(i)] = mixed[size_t(i * channels + c)];
+                        ASSERT_EQ(alone[size_t(c)]->Process(one.data(), expected.data(), 1, ratio, 1, kFrames),
+                                  written);
+                        for (int32_t i = 0; i < written; ++i)
+                            ASSERT_NEAR(out[size_t(i * channels + c)], expected[size_t(i)], bound)
+                                << channels << " channels, ratio " << ratio << ", channel " << c;
+                    }
                 }
             }
+}
+
+// One call reads the table, many find the ratio unchanged and use rows. The ratios are such that both read at the very
+// same positions; where these fall on frames, nothing but rounding differs.
+TEST(Resample, RowsAgreeWithTheTable)
+{
+    const Signal x = Noise(4000, 1);
+    static constexpr struct {
+        float in, out, bound;
+    } kCases[] = {{8, 1, 5e-7f}, {2, 1, 5e-7f}, {1, 1, 5e-7f}, {1, 2, 5e-7f}, {1, 4, 5e-7f}, {5, 4, 1e-4f}};
+    for (const auto& c : kCases) {
+        Signal whole(17000), cut(17000);
+        const int32_t written = Make()->Process(x.data(), whole.data(), c.in, c.out, 1, 4000);
+        const auto resampler = Make();
+        int32_t inPieces = 0;
+        for (int32_t at = 0; at < 4000; at += 160)
+            inPieces += resampler->Process(x.data() + at, cut.data() + inPieces, c.in, c.out, 1, 160);
+        ASSERT_EQ(inPieces, written);
+        for (int32_t i = 0; i < written; ++i)
+            ASSERT_NEAR(cut[size_t(i)], whole[size_t(i)], c.bound) << c.in << " to " << c.out << ", frame " << i;
+    }
 }
 
 TEST(Resample, WorksInPlaceAndStartsAnewAfterReset)
