@@ -183,6 +183,8 @@ public:
         if (!file)
             throw DataFailure(name + ": " + Words(sf_strerror(nullptr)));
         sf_command(file.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, format.container == Container::kWav);
+        // Its time stamp would make every file another one.
+        sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
         SetFacts(format, tags);
     }
 
