@@ -137,7 +137,8 @@ void PeakRegions::Classify(const float* magnitude, const float* reference) noexc
     for (int32_t i = 0; i < peakCount; ++i) {
         const int32_t peak = peakList[size_t(i)];
         float flux = 0.0f, energy = 0.0f;
-        for (int32_t k = peakList[size_t(std::max(i - 1, 0))]; k < size / 2 && binTarget[size_t(k)] <= peak; ++k) {
+        for (int32_t k = peakList[size_t(std::max(i - 1, 0))];
+             k < size / 2 && (k <= peak || binTarget[size_t(k)] <= peak); ++k) {
             const float change = std::fabs(magnitude[k] - reference[k]);
             if (change > kFluxFloor) {
                 flux += change * change;

@@ -49,6 +49,7 @@ void VocoderState::VocoderReset() noexcept
 {
     framesDone = 0;
     numBins = frame / 2;
+    stretchActive = 1.0f;   // the first frame of a stream keeps its phases
     regions.Reset();
     for (Channel& channel : channels) {
         vtnfZero(channel.analysisBuf.get(), frame);
@@ -168,6 +169,7 @@ void VocoderState::MeasurePhases(bool first) noexcept
             deviation[size_t(k)] = phase[size_t(k)] - prevPhase[size_t(k)] - binAdvance[size_t(k)];
         vtnfPrincipalArgument(deviation.get(), deviation.get(), half);
         vtnfAdd(deviation.get(), binAdvance.get(), half);
+        deviation[0] = 0.0f;   // a change of sign says nothing about where the energy of DC points
         phase[0] = dc >= 0.0f ? 0.0f : kPi;
         phase[size_t(half)] = nyquist >= 0.0f ? 0.0f : kPi;
         std::swap(magPrev2, magPrev);
