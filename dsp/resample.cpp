@@ -188,7 +188,7 @@ void CResampleOf<Sample>::MoveDown(int32_t frames) noexcept
     Sample* zero = history.data() + origin;
     const ptrdiff_t shift = ptrdiff_t(frames) * channels;
     const ptrdiff_t below = std::min({ptrdiff_t(xOff) * channels, origin, origin + shift});
-    const ptrdiff_t kept = below + ptrdiff_t(2 * xOff + std::max(0, pending)) * channels;
+    const ptrdiff_t kept = below + ptrdiff_t(2 * xOff + pending) * channels;   // to the end of what has come in
     std::memmove(zero - below, zero + shift - below, size_t(kept) * sizeof(Sample));
 }
 
