@@ -1,6 +1,10 @@
 #include "dsp/fast_resample.h"
 
+#include "dsp/kernels.h"
+#include "dsp/vtnf.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -11,37 +15,39 @@ constexpr int32_t kHistory = 4;   // frames of the past in front of position 0, 
 CFastResample::CFastResample(int32_t channelCount, int32_t frameCapacity)
     : channels(channelCount), capacity(frameCapacity)
 {
-    for (int32_t c = 0; c < channels; ++c)
-        channelBuffers.push_back(std::make_unique<float[]>(size_t(kHistory + capacity)));
+    vtnfInit();
+    for (int32_t c = 0; c < channels; ++c) {
+        channelBuffers.push_back(std::make_unique<float[]>(size_t(kHistory + capacity + 1)));
+        starts.push_back(channelBuffers.back().get() + kHistory);
+    }
+}
+
+// Every read position below frames counts. position and ratio have few enough bits that their multiples are exact.
+int32_t CFastResample::OutputFrames(int32_t frames, float ratio) const noexcept
+{
+    if (position >= frames)
+        return 0;
+    auto count = int32_t(std::ceil((frames - position) / ratio));
+    while (count > 0 && position + (count - 1) * double(ratio) >= frames)
+        --count;
+    while (position + count * double(ratio) < frames)
+        ++count;
+    return count;
 }
 
 int32_t CFastResample::Process(const float* const in[], int32_t frames, float* const out[], float ratio) noexcept
 {
+    if (!(ratio > 0.0f))
+        return 0;
     for (int32_t c = 0; c < channels; ++c)
         std::copy_n(in[c], frames, channelBuffers[size_t(c)].get() + kHistory);
 
-    int32_t written = 0;
-    for (; readIndex < frames; ++written) {
-        const float t = fraction, t2 = t * t, t3 = t2 * t;
-        const float h00 = 2.0f * t3 - 3.0f * t2 + 1.0f;
-        const float h10 = t3 - 2.0f * t2 + t;
-        const float h11 = t3 - t2;
-        const float h01 = 3.0f * t2 - 2.0f * t3;
-        for (int32_t c = 0; c < channels; ++c) {
-            const float* x = channelBuffers[size_t(c)].get() + kHistory + readIndex;
-            const float m0 = (x[-1] - x[-3]) / 2.0f;
-            const float m1 = (x[0] - x[-2]) / 2.0f;
-            out[c][written] = h00 * x[-2] + h01 * x[-1] + h10 * m0 + h11 * m1;
-        }
-        position += ratio;
-        readIndex = int32_t(position);
-        fraction = float(position - readIndex);
-    }
+    const int32_t written = OutputFrames(frames, ratio);
+    Kernels().Cubic(out, starts.data(), channels, position, ratio, written);
 
-    position -= frames;
-    readIndex = int32_t(position);
-    for (int32_t c = 0; c < channels; ++c) {
-        float* x = channelBuffers[size_t(c)].get() + kHistory;
+    position += written * double(ratio) - frames;
+    for (const auto& buffer : channelBuffers) {
+        float* x = buffer.get() + kHistory;
         std::copy(x + frames - 3, x + frames, x - 3);
     }
     return written;
@@ -50,8 +56,6 @@ int32_t CFastResample::Process(const float* const in[], int32_t frames, float* c
 void CFastResample::Reset() noexcept
 {
     position = 0.0;
-    readIndex = 0;
-    fraction = 0.0f;
-    for (auto& buffer : channelBuffers)
+    for (const auto& buffer : channelBuffers)
         std::fill_n(buffer.get(), kHistory, 0.0f);
 }

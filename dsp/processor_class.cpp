@@ -1,5 +1,6 @@
 #include "dsp/processor_class.h"
 
+#include "dsp/kernels.h"
 #include "dsp/transform.h"
 #include "dsp/vtnf.h"
 
@@ -42,10 +43,10 @@ int32_t ProcessorLevel()
 
 constexpr ProcessorClass kClasses[] = {
 #ifdef QX_X86_CLASSES
-    {"avx512", HasAvx512, &kVtnfAvx512, &kTransformAvx512},
-    {"avx2", HasAvx2Fma, &kVtnfAvx2, &kTransformAvx2},
+    {"avx512", HasAvx512, &kVtnfAvx512, &kTransformAvx512, &kKernelsAvx512},
+    {"avx2", HasAvx2Fma, &kVtnfAvx2, &kTransformAvx2, &kKernelsAvx2},
 #endif
-    {"portable", Always, &kVtnfPortable, &kTransformPortable},
+    {"portable", Always, &kVtnfPortable, &kTransformPortable, &kKernelsPortable},
 };
 
 constexpr int32_t kLevelNotChosen = -1;
@@ -76,6 +77,7 @@ void PutInForce(const ProcessorClass& c)
 {
     inForce.store(&c, std::memory_order_release);
     vtnfTableInForce.store(c.table, std::memory_order_release);
+    kernelsInForce.store(c.kernels, std::memory_order_release);
 }
 
 bool FillOnce()
@@ -88,6 +90,7 @@ bool FillOnce()
 }   // namespace
 
 constinit std::atomic<const VtnfTable*> vtnfTableInForce{&kVtnfPortable};
+constinit std::atomic<const VectorKernels*> kernelsInForce{&kKernelsPortable};
 
 void vtnfInit()
 {

@@ -3,6 +3,7 @@
 // first vtnfInit.
 #pragma once
 
+#include "dsp/kernels_table.h"
 #include "dsp/transform_kernel.h"
 #include "dsp/vtnf_table.h"
 
@@ -14,6 +15,7 @@ struct ProcessorClass {
     bool (*runsHere)();
     const VtnfTable* table;
     const TransformClass* transforms;
+    const VectorKernels* kernels;
 };
 
 // Best first; the last one runs everywhere.

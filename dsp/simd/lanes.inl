@@ -63,7 +63,7 @@ struct TakeAlternate {
 };
 // Within each group of G: a and b alternately, from the low (high) half of the group.
 template <int W, int G, int High>
-struct Interleave {
+struct InterleaveMove {
     static constexpr int Index(int l)
     {
         const int in = l % G;
@@ -112,10 +112,10 @@ template <class T, int W>
         constexpr int G = LanesOf<T, W>::kGroup;
         if constexpr (G == 4)
             for (int i = 0; i < W; i += 4) {
-                const auto a = Shuffle<T, W, Interleave<W, 4, 0>>(rows[i], rows[i + 1]);
-                const auto b = Shuffle<T, W, Interleave<W, 4, 1>>(rows[i], rows[i + 1]);
-                const auto c = Shuffle<T, W, Interleave<W, 4, 0>>(rows[i + 2], rows[i + 3]);
-                const auto d = Shuffle<T, W, Interleave<W, 4, 1>>(rows[i + 2], rows[i + 3]);
+                const auto a = Shuffle<T, W, InterleaveMove<W, 4, 0>>(rows[i], rows[i + 1]);
+                const auto b = Shuffle<T, W, InterleaveMove<W, 4, 1>>(rows[i], rows[i + 1]);
+                const auto c = Shuffle<T, W, InterleaveMove<W, 4, 0>>(rows[i + 2], rows[i + 3]);
+                const auto d = Shuffle<T, W, InterleaveMove<W, 4, 1>>(rows[i + 2], rows[i + 3]);
                 rows[i] = Shuffle<T, W, ExchangeBlocks<W, 2, 0>>(a, c);
                 rows[i + 1] = Shuffle<T, W, ExchangeBlocks<W, 2, 1>>(a, c);
                 rows[i + 2] = Shuffle<T, W, ExchangeBlocks<W, 2, 0>>(b, d);

@@ -1,10 +1,7 @@
 // Elementary functions of vectors, with polynomials fitted for this file (minimax of the relative error, by iterated
 // weighted least squares) and cut into short chains, since latency is what limits them. Against the exact values ExpOf
 // errs by 1.0, LnOf by 1.3 units in the last place, PhaseOf by 2.8e-7 and by 1.7e-7 of the angle. A class's file includes
-// this inside its unnamed namespace after lanes.inl, with kLanes, VecF and VecI set, and with these operations of its
-// processor:
-//   VecF LargerOf(VecF a, VecF b), SmallerOf(VecF a, VecF b): b where either is no number
-//   bool AnyOf(VecI v): whether any lane is negative
+// this inside its unnamed namespace after lanes.inl and its ops file.
 
 template <class To, class From>
 [[gnu::always_inline]] inline To BitsAs(From v)
@@ -99,4 +96,25 @@ constexpr float kLn2High = 0.693359375f, kLn2Low = -2.12194440e-4f;
     angle = steep ? 1.57079633f - angle : angle;
     angle = BitsAs<VecI>(re) < 0 ? 3.14159265f - angle : angle;
     return BitsAs<VecF>(BitsAs<VecI>(angle) | (BitsAs<VecI>(im) & kSignBit));
+}
+
+struct SineAndCosine {
+    VecF sine, cosine;
+};
+
+// The nearest multiple of a quarter turn is taken off in three parts, exactly for multiples below 2^9 and closely far
+// beyond; on what is left the polynomials err by 4e-9.
+[[gnu::always_inline]] inline SineAndCosine SinCosOf(VecF x)
+{
+    constexpr float kRound = 12582912.0f;   // as in ExpOf
+    const VecF t = x * 0.636619772f + kRound;
+    const VecF n = t - kRound;
+    const VecI quarter = BitsAs<VecI>(t);   // its low bits
+    const VecF r = x - n * 1.5703125f - n * 4.837512969970703125e-4f - n * 7.54978995489188e-8f;
+    const VecF z = r * r;
+    const VecF s = (z * (-0.0001951528701f * z + 0.008332160796f) - 0.1666665461f) * (z * r) + r;
+    const VecF c = ((2.443844264e-5f * z - 0.001388736742f) * z + 0.04166664686f) * (z * z) + (1.0f - 0.5f * z);
+    const VecI odd = (quarter & 1) != 0;
+    const VecI sineSign = (quarter & 2) << 30, cosineSign = ((quarter + 1) & 2) << 30;
+    return {BitsAs<VecF>(BitsAs<VecI>(odd ? c : s) ^ sineSign), BitsAs<VecF>(BitsAs<VecI>(odd ? s : c) ^ cosineSign)};
 }

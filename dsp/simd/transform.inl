@@ -52,8 +52,8 @@ template <class T, int W, bool kInverse>
         p[1] = im;
     } else {
         constexpr int G = LanesOf<T, W>::kGroup;
-        Store<T, W>(p, Shuffle<T, W, Interleave<W, G, 0>>(re, im));
-        Store<T, W>(p + W, Shuffle<T, W, Interleave<W, G, 1>>(re, im));
+        Store<T, W>(p, Shuffle<T, W, InterleaveMove<W, G, 0>>(re, im));
+        Store<T, W>(p + W, Shuffle<T, W, InterleaveMove<W, G, 1>>(re, im));
     }
 }
 

@@ -1,23 +1,8 @@
 // The vector table's entries in kLanes lanes. Each entry does whole vectors and then the rest in one padded vector, so a
 // value's result does not depend on where in the array it stands. A class's file includes this inside its unnamed
-// namespace after lanes.inl and math.inl.
+// namespace after math.inl and packed.inl.
 
-using VecHalf = Vec<float, kLanes / 2>;
 using VecD = Vec<double, kLanes / 2>;   // sums run in double, like the portable ones
-
-[[gnu::always_inline]] inline VecF LoadPart(const float* p, int count)
-{
-    float padded[kLanes] = {};
-    __builtin_memcpy(padded, p, size_t(count) * sizeof(float));
-    return Load<float, kLanes>(padded);
-}
-
-[[gnu::always_inline]] inline void StorePart(float* p, VecF v, int count)
-{
-    float padded[kLanes];
-    Store<float, kLanes>(padded, v);
-    __builtin_memcpy(p, padded, size_t(count) * sizeof(float));
-}
 
 // dst[i] = f(dst[i], src[i]); dst is read too.
 template <class F>
@@ -222,38 +207,6 @@ void MaxIndex(const float* v, float* pMax, int32_t* pIndex, int32_t n)
 
 // Packed spectra. ----------------------------------------------------------------------------------------------------
 
-struct Bins {
-    VecF re, im;
-};
-
-// Real and imaginary parts of kLanes bins, in the order that moves within 128 bits give; InOrder puts a result right.
-[[gnu::always_inline]] inline Bins LoadBins(const float* p)
-{
-    const VecF a = Load<float, kLanes>(p), b = Load<float, kLanes>(p + kLanes);
-    return {Shuffle<float, kLanes, TakeAlternate<kLanes, 4, 0>>(a, b),
-            Shuffle<float, kLanes, TakeAlternate<kLanes, 4, 1>>(a, b)};
-}
-
-[[gnu::always_inline]] inline void StoreBins(float* p, Bins x)
-{
-    Store<float, kLanes>(p, Shuffle<float, kLanes, Interleave<kLanes, 4, 0>>(x.re, x.im));
-    Store<float, kLanes>(p + kLanes, Shuffle<float, kLanes, Interleave<kLanes, 4, 1>>(x.re, x.im));
-}
-
-// Lane l holds place (l % 4 < 2 ? 0 : kLanes / 2) + l / 4 * 2 + l % 2; this is the way back.
-struct PlacesInOrder {
-    static constexpr int Index(int place)
-    {
-        const int half = place % (kLanes / 2);
-        return half / 2 * 4 + (place < kLanes / 2 ? 0 : 2) + half % 2;
-    }
-};
-
-[[gnu::always_inline]] inline VecF InOrder(VecF v)
-{
-    return Shuffle<float, kLanes, PlacesInOrder>(v, v);
-}
-
 // dst[k] = f(re, im) over bins of a packed spectrum; bin 0 has no imaginary part. Works from the front, where an in-place
 // result never overtakes what is still to be read.
 template <class F>
@@ -287,11 +240,6 @@ void Magnitude(float* dst, const float* packed, int32_t bins)
 void AddComplex(float* dst, const float* src, int32_t bins)
 {
     Add(dst, src, 2 * bins);
-}
-
-[[gnu::always_inline]] inline Bins Product(Bins a, Bins b)
-{
-    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
 }
 
 void MulPacked(float* dst, const float* src, int32_t bins)
@@ -333,8 +281,8 @@ void PackSpectrum(float* dst, const float* re, const float* im, int32_t fftSize)
     int32_t k = 1;
     for (; k + kLanes <= half; k += kLanes) {
         const VecF a = Load<float, kLanes>(re + k), b = Load<float, kLanes>(im + k - 1);
-        Store<float, kLanes>(dst + 2 * k, Shuffle<float, kLanes, Interleave<kLanes, kLanes, 0>>(a, b));
-        Store<float, kLanes>(dst + 2 * k + kLanes, Shuffle<float, kLanes, Interleave<kLanes, kLanes, 1>>(a, b));
+        Store<float, kLanes>(dst + 2 * k, Shuffle<float, kLanes, InterleaveMove<kLanes, kLanes, 0>>(a, b));
+        Store<float, kLanes>(dst + 2 * k + kLanes, Shuffle<float, kLanes, InterleaveMove<kLanes, kLanes, 1>>(a, b));
     }
     for (; k < half; ++k) {
         dst[2 * k] = re[k];

@@ -9,28 +9,9 @@ int32_t CreateFFTAvx2(CvtnfFFT_If** ppOut, int32_t windowLength, int32_t zeroPad
 int32_t DestroyFFTAvx2(CvtnfFFT_If** ppFFT);
 
 namespace {
-constexpr int kLanes = 8;
-#include "dsp/simd/lanes.inl"
-
-using VecF = Vec<float, kLanes>;
-using VecI = Vec<int32_t, kLanes>;
-
-inline VecF LargerOf(VecF a, VecF b)
-{
-    return __builtin_ia32_maxps256(a, b);
-}
-
-inline VecF SmallerOf(VecF a, VecF b)
-{
-    return __builtin_ia32_minps256(a, b);
-}
-
-inline bool AnyOf(VecI v)
-{
-    return __builtin_ia32_movmskps256(reinterpret_cast<VecF>(v)) != 0;
-}
-
+#include "dsp/simd/avx2.inl"
 #include "dsp/simd/math.inl"
+#include "dsp/simd/packed.inl"
 #include "dsp/simd/vtnf.inl"
 }   // namespace
 

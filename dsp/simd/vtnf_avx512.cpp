@@ -9,31 +9,9 @@ int32_t CreateFFTAvx512(CvtnfFFT_If** ppOut, int32_t windowLength, int32_t zeroP
 int32_t DestroyFFTAvx512(CvtnfFFT_If** ppFFT);
 
 namespace {
-constexpr int kLanes = 16;
-#include "dsp/simd/lanes.inl"
-
-using VecF = Vec<float, kLanes>;
-using VecI = Vec<int32_t, kLanes>;
-
-constexpr uint16_t kAll = 0xffff;   // lanes
-constexpr int kRoundAsSet = 4;
-
-inline VecF LargerOf(VecF a, VecF b)
-{
-    return __builtin_ia32_maxps512_mask(a, b, b, kAll, kRoundAsSet);
-}
-
-inline VecF SmallerOf(VecF a, VecF b)
-{
-    return __builtin_ia32_minps512_mask(a, b, b, kAll, kRoundAsSet);
-}
-
-inline bool AnyOf(VecI v)
-{
-    return __builtin_ia32_cvtd2mask512(v) != 0;
-}
-
+#include "dsp/simd/avx512.inl"
 #include "dsp/simd/math.inl"
+#include "dsp/simd/packed.inl"
 #include "dsp/simd/vtnf.inl"
 }   // namespace
 

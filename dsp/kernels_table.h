@@ -1,0 +1,39 @@
+// The shape of the table behind dsp/kernels.h. Processor-specific files include this, so it has no functions.
+#pragma once
+
+#include <cstdint>
+
+struct VectorKernels {
+    // sines[i] = sin(angles[i]), cosines[i] likewise; to 2e-7 for angles within +-1000.
+    void (*SinCos)(float* sines, float* cosines, const float* angles, int32_t n);
+
+    // Turns bins begin .. end-1 of a packed spectrum (begin at least 1) by the turn of their region:
+    //   dst[k] = src[k] * (turns[2 target[k]] + i turns[2 target[k] + 1])
+    // target[k] is the bin that leads the region; turns holds cosine and sine of each such bin's angle. dst may be src.
+    void (*RotateBins)(float* dst, const float* src, const int32_t* target, const float* turns, int32_t begin,
+                       int32_t end);
+    // dst[i] = table[index[i]] + b[i]; dst may be b.
+    void (*GatherAdd)(float* dst, const float* table, const int32_t* index, const float* b, int32_t n);
+
+    // Weights a frame of n samples (even) and turns it by half, so that its middle stands at 0 (zero phase):
+    //   dst[i] = src[n/2 + i] * window[n/2 + i], dst[n/2 + i] = src[i] * window[i],   i below n/2
+    void (*WindowZeroPhase)(float* dst, const float* src, const float* window, int32_t n);
+    // The way back, weighted and added: sum[i] += frame[n/2 + i] * window[i], sum[n/2 + i] += frame[i] * window[n/2 + i].
+    void (*OverlapAddZeroPhase)(float* sum, const float* frame, const float* window, int32_t n);
+    // sum[i] += frame[i] * window[i]
+    void (*OverlapAdd)(float* sum, const float* frame, const float* window, int32_t n);
+
+    // dst[i * channels + c] = src[c][i], and the reverse; channels at least 1.
+    void (*Interleave)(float* dst, const float* const* src, int32_t channels, int32_t frames);
+    void (*Deinterleave)(float* const* dst, const float* src, int32_t channels, int32_t frames);
+
+    // Catmull-Rom interpolation at count read positions, position, position + ratio, ... (0 or above, in frames):
+    //   out[c][j] from x[c][i - 3] .. x[c][i], i the whole part of position j; the curve runs between i - 2 and i - 1.
+    // The positions are exact multiples as long as they have 53 bits together with the last bit of ratio.
+    void (*Cubic)(float* const* out, const float* const* x, int32_t channels, double position, float ratio,
+                  int32_t count);
+};
+
+extern const VectorKernels kKernelsPortable;
+extern const VectorKernels kKernelsAvx2;
+extern const VectorKernels kKernelsAvx512;

@@ -1,0 +1,15 @@
+// The vector kernels for processors with AVX2 and FMA.
+#include "dsp/kernels_table.h"
+
+#include <stddef.h>
+
+namespace {
+#include "dsp/simd/avx2.inl"
+#include "dsp/simd/math.inl"
+#include "dsp/simd/packed.inl"
+#include "dsp/simd/vector_kernels.inl"
+}   // namespace
+
+constinit const VectorKernels kKernelsAvx2 = {
+    SinCos, RotateBins, GatherAdd, WindowZeroPhase, OverlapAddZeroPhase, OverlapAdd, Interleave, Deinterleave, Cubic,
+};

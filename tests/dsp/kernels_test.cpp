@@ -1,0 +1,170 @@
+#include "dsp/kernels.h"
+
+#include "tests/dsp/each_class.h"
+#include "tests/signals.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+
+namespace {
+
+class KernelsOf : public EachClass {
+protected:
+    const VectorKernels& kernels = *GetParam()->kernels;
+};
+INSTANTIATE_TEST_SUITE_P(, KernelsOf, testing::ValuesIn(ClassesHere()), ClassName);
+
+constexpr int32_t kSizes[] = {0, 1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 100};
+constexpr float kSentinel = 77.0f;   // stands behind every result
+
+void ExpectNear(const Signal& got, const Signal& expected, double tolerance, int32_t n)
+{
+    for (size_t i = 0; i < expected.size(); ++i)
+        ASSERT_NEAR(got[i], expected[i], tolerance) << n << " at " << i;
+}
+
+// Two roundings of products and sums of numbers up to 1.
+constexpr double kTolerance = 2.4e-7;
+
+TEST_P(KernelsOf, SinCosHoldsItsBound)
+{
+    Signal angles;
+    for (float a = -1000.0f; a < 1000.0f; a += 0.037f)
+        angles.push_back(a);
+    for (float a = -7.0f; a < 7.0f; a += 0.0011f)
+        angles.push_back(a);
+    for (int32_t n : kSizes) {
+        Signal sines(size_t(n) + 1, kSentinel), cosines = sines;
+        kernels.SinCos(sines.data(), cosines.data(), angles.data() + 1, n);
+        EXPECT_EQ(sines.back(), kSentinel);
+        EXPECT_EQ(cosines.back(), kSentinel);
+    }
+    Signal sines(angles.size()), cosines(angles.size());
+    kernels.SinCos(sines.data(), cosines.data(), angles.data(), int32_t(angles.size()));
+    for (size_t i = 0; i < angles.size(); ++i) {
+        ASSERT_NEAR(sines[i], std::sin(double(angles[i])), 2e-7) << angles[i];
+        ASSERT_NEAR(cosines[i], std::cos(double(angles[i])), 2e-7) << angles[i];
+    }
+}
+
+TEST_P(KernelsOf, RotationAndGatherFollowTheirRegions)
+{
+    for (int32_t end : kSizes)
+        for (int32_t begin : {1, 2}) {
+            const Signal x = Noise(2 * end + 2, 1), angles = Noise(end + 1, 2, 3.0f), phase = Noise(end + 1, 3, 3.0f);
+            Signal turns;
+            std::vector<int32_t> target;
+            for (size_t k = 0; k < angles.size(); ++k) {
+                turns.push_back(std::cos(angles[k]));
+                turns.push_back(std::sin(angles[k]));
+                target.push_back(int32_t(k) / 5 * 5);
+            }
+            Signal y(x.size(), kSentinel), expected = y, sums(angles.size(), kSentinel), expectedSums = sums;
+            for (size_t k = size_t(begin); k < size_t(std::max(begin, end)); ++k) {
+                const auto t = size_t(target[k]);
+                const auto z =
+                    std::complex<double>(x[2 * k], x[2 * k + 1]) * std::complex<double>(turns[2 * t], turns[2 * t + 1]);
+                expected[2 * k] = float(z.real());
+                expected[2 * k + 1] = float(z.imag());
+            }
+            for (size_t k = 0; k < size_t(end); ++k)
+                expectedSums[k] = angles[size_t(target[k])] + phase[k];
+            kernels.RotateBins(y.data(), x.data(), target.data(), turns.data(), begin, end);
+            ExpectNear(y, expected, kTolerance, end);
+            Signal inPlace = x;
+            kernels.RotateBins(inPlace.data(), inPlace.data(), target.data(), turns.data(), begin, end);
+            for (size_t i = size_t(2 * begin); i < size_t(2 * end); ++i)
+                ASSERT_EQ(inPlace[i], y[i]) << end;
+            kernels.GatherAdd(sums.data(), angles.data(), target.data(), phase.data(), end);
+            EXPECT_EQ(sums, expectedSums) << end;
+        }
+}
+
+TEST_P(KernelsOf, FramesTurnByHalfOnTheWayInAndBack)
+{
+    for (int32_t half : kSizes)
+        for (size_t offset : {0, 1}) {
+            const int32_t n = 2 * half;
+            const Signal x = Noise(n + 1, 1), window = Noise(n + 1, 2), sum = Noise(n + 2, 3);
+            const float *in = x.data() + offset, *w = window.data() + offset;
+            Signal turned(size_t(n) + 2, kSentinel), added = sum, plain = sum;
+            kernels.WindowZeroPhase(turned.data(), in, w, n);
+            kernels.OverlapAddZeroPhase(added.data(), in, w, n);
+            kernels.OverlapAdd(plain.data(), in, w, n);
+            for (int32_t i = 0; i < n; ++i) {
+                const int32_t other = (i + half) % n;
+                const auto at = size_t(i);
+                ASSERT_EQ(turned[at], in[other] * w[other]) << n;
+                ASSERT_NEAR(added[at], double(sum[at]) + double(in[other]) * w[i], kTolerance) << n;
+                ASSERT_NEAR(plain[at], double(sum[at]) + double(in[i]) * w[i], kTolerance) << n;
+            }
+            EXPECT_EQ(turned[size_t(n)], kSentinel);
+            EXPECT_EQ(added[size_t(n)], sum[size_t(n)]);
+        }
+}
+
+TEST_P(KernelsOf, ChannelsInterleaveAndComeApart)
+{
+    for (int32_t channels : {1, 2, 3, 6, 32})
+        for (int32_t frames : kSizes) {
+            std::vector<Signal> in, out;
+            std::vector<const float*> sources;
+            std::vector<float*> targets;
+            for (int32_t c = 0; c < channels; ++c) {
+                in.push_back(Noise(frames + 1, unsigned(c)));
+                in.back().back() = kSentinel;
+                out.emplace_back(size_t(frames) + 1, kSentinel);
+            }
+            for (size_t c = 0; c < size_t(channels); ++c) {
+                sources.push_back(in[c].data());
+                targets.push_back(out[c].data());
+            }
+            Signal mixed(size_t(channels * frames) + 1, kSentinel);
+            kernels.Interleave(mixed.data(), sources.data(), channels, frames);
+            EXPECT_EQ(mixed.back(), kSentinel);
+            for (int32_t i = 0; i < channels * frames; ++i)
+                ASSERT_EQ(mixed[size_t(i)], in[size_t(i % channels)][size_t(i / channels)])
+                    << channels << 'x' << frames;
+            kernels.Deinterleave(targets.data(), mixed.data(), channels, frames);
+            EXPECT_EQ(out, in) << channels << 'x' << frames;
+        }
+}
+
+TEST_P(KernelsOf, CubicRunsThroughACubicOfItsFourPoints)
+{
+    for (int32_t channels : {1, 2, 5})
+        for (float ratio : {0.1f, 0.7f, 1.0f, 1.3f, 3.7f})
+            for (int32_t count : kSizes) {
+                const double position = 3.25;
+                const auto frames = int32_t(position + count * double(ratio)) + 2;
+                std::vector<Signal> x, y;
+                std::vector<const float*> in;
+                std::vector<float*> out;
+                for (int32_t c = 0; c < channels; ++c) {
+                    x.push_back(Noise(frames, unsigned(c)));
+                    y.emplace_back(size_t(count) + 1, kSentinel);
+                }
+                for (size_t c = 0; c < size_t(channels); ++c) {
+                    in.push_back(x[c].data());
+                    out.push_back(y[c].data());
+                }
+                kernels.Cubic(out.data(), in.data(), channels, position, ratio, count);
+                for (size_t c = 0; c < size_t(channels); ++c) {
+                    ASSERT_EQ(y[c].back(), kSentinel);
+                    for (int32_t j = 0; j < count; ++j) {
+                        const double at = position + j * double(ratio), t = at - std::floor(at);
+                        const float* p = x[c].data() + int64_t(at);
+                        // Newton's form of Catmull and Rom's curve
+                        const double m0 = (double(p[-1]) - p[-3]) / 2, m1 = (double(p[0]) - p[-2]) / 2;
+                        const double rise = double(p[-1]) - p[-2];
+                        const double expected =
+                            p[-2] + t * (m0 + t * (3 * rise - 2 * m0 - m1 + t * (m0 + m1 - 2 * rise)));
+                        ASSERT_NEAR(y[c][size_t(j)], expected, 6e-7) << ratio << " frame " << j;
+                    }
+                }
+            }
+}
+
+}   // namespace
