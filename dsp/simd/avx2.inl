@@ -9,6 +9,7 @@ constexpr int kLanes = 8;
 
 using VecF = Vec<float, kLanes>;
 using VecI = Vec<int32_t, kLanes>;
+using VecU = Vec<uint32_t, kLanes>;   // for bits, which may wrap
 
 inline VecF LargerOf(VecF a, VecF b)
 {

@@ -9,6 +9,7 @@ constexpr int kLanes = 16;
 
 using VecF = Vec<float, kLanes>;
 using VecI = Vec<int32_t, kLanes>;
+using VecU = Vec<uint32_t, kLanes>;   // for bits, which may wrap
 
 constexpr uint16_t kAll = 0xffff;   // lanes
 constexpr int kRoundAsSet = 4;

@@ -42,18 +42,18 @@ constexpr float kLn2High = 0.693359375f, kLn2Low = -2.12194440e-4f;
     const VecF r2 = r * r;
     const VecF high = 0.001381460448f * r2 + (0.008368710655f * r + 0.04166838754f);
     const VecF p = (high * r2 + (0.1666652068f * r + 0.4999999345f)) * r2 + r + 1.0f;
-    const VecI whole = BitsAs<VecI>(t) << 23, half = (BitsAs<VecI>(t) - 0x4b400000) >> 1 << 23;
-    const VecI one = VecI{} + 0x3f800000;
-    return BitsAs<VecF>(BitsAs<VecI>(p) + half) * BitsAs<VecF>(whole - half + one);
+    const VecI exponent = BitsAs<VecI>(t) - 0x4b400000;
+    const VecU whole = BitsAs<VecU>(exponent) << 23, half = BitsAs<VecU>(exponent >> 1) << 23;
+    return BitsAs<VecF>(BitsAs<VecU>(p) + half) * BitsAs<VecF>(whole - half + 0x3f800000u);
 }
 
 // ln of a positive normal number: e ln 2 + ln m with m from sqrt(1/2) to sqrt(2), where the polynomial errs by 3e-8 of the
 // result. less: 23 where x was scaled up by 2^23.
 [[gnu::always_inline]] inline VecF LnOfNormal(VecF x, VecI less)
 {
-    const VecI bits = BitsAs<VecI>(x);
-    const VecI exponent = (bits - 0x3f3504f3) >> 23;   // the bits of sqrt(1/2)
-    const VecF f = BitsAs<VecF>(bits - (exponent << 23)) - 1.0f;
+    const VecU bits = BitsAs<VecU>(x);
+    const VecI exponent = BitsAs<VecI>(bits - 0x3f3504f3u) >> 23;   // the bits of sqrt(1/2)
+    const VecF f = BitsAs<VecF>(bits - (BitsAs<VecU>(exponent) << 23)) - 1.0f;
     const VecF e = __builtin_convertvector(exponent - less, VecF);
     const VecF f2 = f * f, f4 = f2 * f2;
     const VecF low = (-0.250017533f + 0.1996206533f * f) * f2 + (0.3333395036f * f - 0.4999999162f);
@@ -73,8 +73,8 @@ constexpr float kLn2High = 0.693359375f, kLn2Low = -2.12194440e-4f;
 [[gnu::always_inline]] inline VecF LnOf(VecF x)
 {
     // Between the bits of the smallest normal number and of infinity; everything else turns negative here or there.
-    const VecI bits = BitsAs<VecI>(x);
-    if (AnyOf((bits - 0x00800000) | (0x7f7fffff - bits)))
+    const VecU bits = BitsAs<VecU>(x);
+    if (AnyOf(BitsAs<VecI>((bits - 0x00800000u) | (0x7f7fffffu - bits))))
         return LnOfAny(x);
     return LnOfNormal(x, VecI{});
 }
@@ -109,12 +109,12 @@ struct SineAndCosine {
     constexpr float kRound = 12582912.0f;   // as in ExpOf
     const VecF t = x * 0.636619772f + kRound;
     const VecF n = t - kRound;
-    const VecI quarter = BitsAs<VecI>(t);   // its low bits
+    const VecU quarter = BitsAs<VecU>(t);   // its low bits
     const VecF r = x - n * 1.5703125f - n * 4.837512969970703125e-4f - n * 7.54978995489188e-8f;
     const VecF z = r * r;
     const VecF s = (z * (-0.0001951528701f * z + 0.008332160796f) - 0.1666665461f) * (z * r) + r;
     const VecF c = ((2.443844264e-5f * z - 0.001388736742f) * z + 0.04166664686f) * (z * z) + (1.0f - 0.5f * z);
-    const VecI odd = (quarter & 1) != 0;
-    const VecI sineSign = (quarter & 2) << 30, cosineSign = ((quarter + 1) & 2) << 30;
-    return {BitsAs<VecF>(BitsAs<VecI>(odd ? c : s) ^ sineSign), BitsAs<VecF>(BitsAs<VecI>(odd ? s : c) ^ cosineSign)};
+    const VecI odd = (quarter & 1u) != 0u;
+    const VecU sineSign = (quarter & 2u) << 30, cosineSign = ((quarter + 1u) & 2u) << 30;
+    return {BitsAs<VecF>(BitsAs<VecU>(odd ? c : s) ^ sineSign), BitsAs<VecF>(BitsAs<VecU>(odd ? s : c) ^ cosineSign)};
 }
