@@ -104,7 +104,7 @@ CResampleBase::Pass CResampleBase::PlanPass(double ratio) noexcept
     pass.ratio = ratio;
     pass.step = 1.0 / ratio;
     pass.scale = ratio >= 1.0 ? kGain : kGain * ratio;
-    pass.filterStep = int32_t(std::min(1.0, ratio) * kSamplesPerCrossing * kTableSteps + 0.5);
+    pass.filterStep = int32_t(std::floor(std::min(1.0, ratio) * kSamplesPerCrossing * kTableSteps + 0.5));
     pass.frames = firstCall ? pending - xOff : pending;
     firstCall = false;
     return pass;

@@ -11,8 +11,9 @@
 // Ripple there is none: the response falls from 0 on. Longer filters are steeper: at quality 24 an exact band-limited
 // signal up to 0.7 comes back at -75 dB, at quality 60 up to 0.8 at -82 dB.
 //
-// A ratio that falls by more than a third between two calls finds less look-ahead than its longer filter reaches: the
-// outermost coefficients of the last frames of that call then meet silence.
+// A ratio that falls by more than a quarter between two calls, to below 0.4, finds less look-ahead than its longer filter
+// reaches: the outermost coefficients of the last frames of that call then meet silence. When it falls by more than three
+// fifths, those of the first frames do, too.
 // One object serves one thread; after creation nothing allocates.
 #pragma once
 

@@ -218,7 +218,7 @@ double CPTAnalysis::BinFrequency(double bin) const noexcept
 
 int32_t CPTAnalysis::NearestBin(float frequency) const noexcept
 {
-    return int32_t(double(frequency) * fftLength * kSecondsPerSample + 0.5);
+    return int32_t(std::floor(double(frequency) * fftLength * kSecondsPerSample + 0.5));
 }
 
 // The product tends to pick an octave or a twelfth too high. Where it rises above the recent pitch, the sum's candidate
