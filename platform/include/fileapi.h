@@ -1,7 +1,7 @@
 // Files and folders. A path takes '/' and '\' alike.
 #pragma once
 
-#include "handleapi.h"
+#include <handleapi.h>
 
 inline constexpr DWORD FILE_SHARE_READ = 1;
 inline constexpr DWORD FILE_SHARE_WRITE = 2;

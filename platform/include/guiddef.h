@@ -1,7 +1,7 @@
 // Globally unique identifiers.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 struct GUID {
     uint32_t Data1;

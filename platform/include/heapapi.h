@@ -1,7 +1,7 @@
 // Private heaps.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 inline constexpr DWORD HEAP_NO_SERIALIZE = 1;   // the caller guards the heap
 inline constexpr DWORD HEAP_ZERO_MEMORY = 8;

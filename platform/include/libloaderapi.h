@@ -1,7 +1,7 @@
 // Modules and their resources.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 2;
 inline constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT = 2;

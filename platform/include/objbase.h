@@ -1,7 +1,7 @@
 // Memory of the component model, and the stream over a block of the global heap.
 #pragma once
 
-#include "objidl.h"
+#include <objidl.h>
 
 LPVOID CoTaskMemAlloc(SIZE_T cb);
 LPVOID CoTaskMemRealloc(LPVOID p, SIZE_T cb);

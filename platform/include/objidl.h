@@ -1,7 +1,7 @@
 // Streams.
 #pragma once
 
-#include "unknwn.h"
+#include <unknwn.h>
 
 inline constexpr DWORD STREAM_SEEK_SET = 0;
 inline constexpr DWORD STREAM_SEEK_CUR = 1;

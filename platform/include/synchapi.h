@@ -1,7 +1,7 @@
 // Critical sections. They are recursive, and belong to the process.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 #include <pthread.h>
 

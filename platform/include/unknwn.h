@@ -2,8 +2,8 @@
 // destructor to call.
 #pragma once
 
-#include "guiddef.h"
-#include "winerror.h"
+#include <guiddef.h>
+#include <winerror.h>
 
 class IUnknown {
 public:

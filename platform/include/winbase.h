@@ -1,7 +1,7 @@
 // The global heap, the thread's error, short string calls and message texts.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 #include <cstdarg>
 

@@ -2,16 +2,16 @@
 // it; what is absent here does not compile.
 #pragma once
 
-#include "fileapi.h"
-#include "guiddef.h"
-#include "handleapi.h"
-#include "heapapi.h"
-#include "libloaderapi.h"
-#include "synchapi.h"
-#include "winbase.h"
-#include "windef.h"
-#include "winerror.h"
-#include "winnls.h"
-#include "winnt.h"
-#include "winreg.h"
-#include "winuser.h"
+#include <fileapi.h>
+#include <guiddef.h>
+#include <handleapi.h>
+#include <heapapi.h>
+#include <libloaderapi.h>
+#include <synchapi.h>
+#include <winbase.h>
+#include <windef.h>
+#include <winerror.h>
+#include <winnls.h>
+#include <winnt.h>
+#include <winreg.h>
+#include <winuser.h>

@@ -1,7 +1,7 @@
 // Result codes: HRESULT, and the codes of the Win32 calls.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 constexpr bool SUCCEEDED(HRESULT hr)
 {

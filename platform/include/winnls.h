@@ -1,7 +1,7 @@
 // Locales, code pages and comparison.
 #pragma once
 
-#include "winnt.h"
+#include <winnt.h>
 
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;

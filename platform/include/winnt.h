@@ -1,7 +1,7 @@
 // Access rights, languages and the interlocked operations.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 inline constexpr DWORD DELETE = 0x00010000;
 inline constexpr DWORD GENERIC_READ = 0x80000000;

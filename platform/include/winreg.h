@@ -2,7 +2,7 @@
 // parts them. The calls give a code and leave the thread's error alone.
 #pragma once
 
-#include "winnt.h"
+#include <winnt.h>
 
 inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(uintptr_t(0x80000001));
 inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(uintptr_t(0x80000002));

@@ -1,7 +1,7 @@
 // Texts of the user interface.
 #pragma once
 
-#include "windef.h"
+#include <windef.h>
 
 #include <cstdarg>
 
