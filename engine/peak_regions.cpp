@@ -118,17 +118,20 @@ int32_t PeakRegions::AcceptByWalk(const float* magnitude, int32_t count, int32_t
     return accepted;
 }
 
-// Every bin goes to the peak that its target is nearest to; targets may fall back, so the search steps back one peak.
+// Every bin goes to the peak that its target is nearest to, the lower one of two. Targets mostly climb with the bins, so
+// the search goes on from the peak of the bin before; a bin of noise can point far off, and the next one has to find all
+// the way back, or it would be torn from its tone.
 void PeakRegions::AssignRegions(int32_t numBins) noexcept
 {
     int32_t j = 1;
     for (int32_t k = 0; k < numBins; ++k) {
         const int32_t target = binTarget[size_t(k)];
-        while (j < peakCount && peakList[size_t(j)] != 0 &&
-               std::abs(target - peakList[size_t(j) - 1]) > std::abs(target - peakList[size_t(j)]))
+        const auto distance = [&](int32_t i) { return std::abs(target - peakList[size_t(i)]); };
+        while (j > 1 && distance(j - 2) <= distance(j - 1))
+            --j;
+        while (j < peakCount && peakList[size_t(j)] != 0 && distance(j - 1) > distance(j))
             ++j;
         binTarget[size_t(k)] = peakList[size_t(j) - 1];
-        j = std::max(j - 1, 1);
     }
 }
 
