@@ -54,7 +54,8 @@ bool CVtn::InitEngine()
     FreeBuffers();
     framesOut = framesForgotten = framesPadded = 0;
     framesExpected.Clear();
-    acceptedStretch = acceptedPitch = 1.0f;
+    accepted = {1.0f, 1.0f};
+    offered = {0.0f, 0.0f};
     CTensioProIf* made = nullptr;
     if (factory(&made, engineBlock, channels, sampleRate, mode > kModeSoloistSpeech ? kModePro : mode) != kSuccess)
         return false;
@@ -124,26 +125,33 @@ void CVtn::UpdateRatios(bool stepping) noexcept
     if (!engine || (stepping && !ramp.NeedsStep()))
         return;
     ramp.Step();
-    OfferPair(float(ramp.CurStretch()), float(ramp.CurPitch()));
+    const Pair next{float(ramp.CurStretch()), float(ramp.CurPitch())};
+    if (stepping && next == offered)
+        ramp.SetCurrent(accepted.stretch, accepted.pitch, RampDivisor());
+    else
+        OfferPair(next);
     if (!stepping && mode == kModePro)
         UpdateEnvelope();
 }
 
-// A refused pair walks towards a product of 1, by the pitch alone. When that does not help, the engine still has the
-// pair that it took last, and that becomes the target too: no later pass starts the walk again.
-void CVtn::OfferPair(float s, float p) noexcept
+// A quantised pitch that stands next to its target is stepped at in every pass, to no effect; only the first such offer
+// reaches the engine. A refused pair walks towards a product of 1, by the pitch alone. When that does not help, the
+// engine still has the pair that it took last, and that becomes the target too: no later pass starts the walk again.
+void CVtn::OfferPair(const Pair& next) noexcept
 {
+    const float s = next.stretch;
+    float p = next.pitch;
     int32_t status = engine->SetStretchPitch(s, &p, syncPitch != 0);
     for (int32_t attempt = 1; status != kSuccess && attempt < kMostAttempts; ++attempt) {
         p += s * p < 1.0f ? kNudge : -kNudge;
         status = engine->SetStretchPitch(s, &p, syncPitch != 0);
     }
     if (status != kSuccess) {
-        ramp.JumpTo(acceptedStretch, acceptedPitch);
+        ramp.JumpTo(accepted.stretch, accepted.pitch);
         return;
     }
-    acceptedStretch = s;
-    acceptedPitch = p;
+    offered = next;
+    accepted = {s, p};
     ramp.SetCurrent(s, p, RampDivisor());
 }
 
@@ -160,6 +168,7 @@ void CVtn::Reset() noexcept
     if (!engine)
         return;
     engine->Reset();
+    offered = {0.0f, 0.0f};   // an engine that was reset wants its factors again
     const auto staged = int64_t(double(stageBuf.Fill()) * ramp.CurStretch());
     framesForgotten += std::max<int64_t>(FramesExpected() - framesOut - staged, 0);
 }

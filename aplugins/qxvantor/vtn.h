@@ -68,12 +68,16 @@ private:
         void operator()(CTensioProIf* p) const { DeleteInstance(&p); }
     };
     struct Output;
+    struct Pair {
+        float stretch, pitch;
+        bool operator==(const Pair&) const = default;
+    };
 
     bool InitEngine();
     bool MakeBuffers();
     void FreeBuffers();
     int32_t RampDivisor() const noexcept;
-    void OfferPair(float s, float p) noexcept;
+    void OfferPair(const Pair& next) noexcept;
     void UpdateEnvelope() noexcept;
 
     uint32_t FeedInput(const float* in, uint32_t given, int32_t needed, uint32_t taken, bool flush) noexcept;
@@ -101,8 +105,8 @@ private:
     int32_t mode;
     int32_t syncPitch = 0;
     RatioRamp ramp;
-    float acceptedStretch = 1.0f;   // the last pair that the engine took
-    float acceptedPitch = 1.0f;
+    Pair accepted{1.0f, 1.0f};   // the last pair that the engine took,
+    Pair offered{0.0f, 0.0f};    // and as what it was offered; zeros when it has to be offered anew
     double formantPercent = 100.0;
     int32_t cutOffExponent = 7;
     int64_t framesOut = 0;
