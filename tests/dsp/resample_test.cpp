@@ -229,6 +229,18 @@ TEST(Resample, FirstFramesWaitForTheLookAheadAndAreNotLost)
         ASSERT_NEAR(out[size_t(i)], Filtered(x, 200, i, 1.0, 3), 1e-6) << i;
 }
 
+// The call before was longer, so what it left behind stands where the look-ahead is missing.
+TEST(Resample, MissingLookAheadIsSilence)
+{
+    const auto resampler = Make();
+    const Signal x = Noise(1700, 4);
+    Signal out(1700);
+    const int32_t before = resampler->Process(x.data(), out.data(), 1, 1, 1, 1400);
+    ASSERT_EQ(resampler->Process(x.data() + 1400, out.data(), 10, 1, 1, 300), 30);
+    for (int32_t i = 2; i < 30; ++i)   // the first two reach for more of the past than is kept
+        ASSERT_NEAR(out[size_t(i)], Filtered(x, 1700, before + 10.0 * i, 0.1, 3), 3e-4) << i;
+}
+
 TEST(Resample, ChannelsAreIndependentAndAlike)
 {
     constexpr int32_t kFrames = 300;

@@ -63,6 +63,18 @@ double Falling(int h)
     return 0.3 / h;
 }
 
+Signal Sum(Signal a, const Signal& b)
+{
+    std::transform(a.begin(), a.end(), b.begin(), a.begin(), std::plus<>());
+    return a;
+}
+
+Signal Joined(Signal a, const Signal& b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
 // The worst error in Hz once the track has settled; every such frame has to be judged reliable.
 double WorstError(const std::vector<PitchRecord>& records, double frequency)
 {
@@ -181,18 +193,59 @@ TEST(PitchTrack, RateOfTheInputDoesNotMatter)
 
 TEST(PitchTrack, DownwardMovesAreTakenAtOnceAndUpwardOnesFollow)
 {
-    const auto join = [](Signal a, const Signal& b) {
-        a.insert(a.end(), b.begin(), b.end());
-        return a;
-    };
     const Signal low = Harmonics(100.0, 1.0, Falling), high = Harmonics(220.0, 1.0, Falling);
-    for (const auto& [x, from, to] : {std::tuple{join(high, low), 220.0, 100.0}, {join(low, high), 100.0, 220.0}}) {
+    for (const auto& [x, from, to] : {std::tuple{Joined(high, low), 220.0, 100.0}, {Joined(low, high), 100.0, 220.0}}) {
         const auto records = Records(x);
         EXPECT_NEAR(records[19].frequency, from, 0.05);
         for (size_t i = 24; i < records.size();
              ++i)   // the frame that ends 24 hops in is the first one behind the seam
             EXPECT_NEAR(records[i].frequency, to, 0.05) << "frame " << i;
     }
+}
+
+// A louder tone more than an octave above sets in. While the old pitch still stands out of the spectrum it stays; when it
+// is 30 dB down the rise is taken.
+TEST(PitchTrack, RisesOnlyWhenTheOldPitchIsGone)
+{
+    const Signal before = Tone(44100, 200.0, 44100.0, 0.5);
+    for (const auto& [left, expected] : {std::pair{0.08, 200.0}, {0.015, 470.0}}) {
+        const Signal after = Sum(Harmonics(470.0, 1.0, Falling), Tone(44100, 200.0, 44100.0, left));
+        const auto records = Records(Joined(before, after));
+        for (size_t i = 24; i < records.size(); ++i)
+            EXPECT_NEAR(records[i].frequency, expected, 1.5) << left << ", frame " << i;
+    }
+}
+
+// What an unreliable frame far from the last pitch shows is the pitch of some frames ago: 7 before the last reliable one.
+TEST(PitchTrack, UnreliableFramesFallBackOnTheMemory)
+{
+    const Signal tones = Joined(Harmonics(200.0, 1.0, Falling), Harmonics(260.0, 0.25, Falling));
+    const auto records = Records(Joined(tones, Noise(44100, 2, 0.5f)));
+    const auto isReliable = [](const PitchRecord& r) { return r.harmonicity > 0.0f; };
+    const auto noise = std::find_if_not(records.begin() + 22, records.end(), isReliable);
+    ASSERT_GE(records.end() - noise, 15);
+    EXPECT_NEAR((noise - 1)->frequency, 260.0, 3.0);
+    EXPECT_NEAR((noise - 8)->frequency, 200.0, 3.0);
+    const auto fellBack = std::count_if(
+        noise, records.end(), [](const PitchRecord& r) { return std::fabs(r.frequency - 200.0) < 1.5 * kBin; });
+    EXPECT_GE(fellBack, (records.end() - noise) / 2);
+}
+
+// 5 dB are needed, below 160 Hz 3.5.
+TEST(PitchTrack, LowVoicesAreReliableSooner)
+{
+    size_t low = 0, strong = 0;
+    for (double f : {90.0, 130.0, 190.0, 260.0})
+        for (float noise : {0.2f, 0.6f, 0.8f, 1.0f, 1.2f, 1.4f})
+            for (const PitchRecord& r : Records(Sum(Harmonics(f, 1.0, Falling), Noise(44100, 7, noise)))) {
+                low += r.harmonicity > 0.0f && r.harmonicity < 5.0f;
+                strong += r.harmonicity >= 5.0f;
+                EXPECT_TRUE(r.harmonicity == 0.0f || r.harmonicity >= 5.0f ||
+                            (r.harmonicity >= 3.5f && r.frequency < 160.0 + 1.5 * kBin))
+                    << r.harmonicity << " dB at " << r.frequency << " Hz";
+            }
+    EXPECT_GT(low, 50u);
+    EXPECT_GT(strong, 50u);
 }
 
 TEST(PitchTrack, RecordMeasuresLevelAndChanges)
