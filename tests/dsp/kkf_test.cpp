@@ -183,6 +183,20 @@ TEST(Kkf, LoudPeaksAreComparedWithoutOverflow)
     EXPECT_EQ(kkf->FindMaxNear(2000, 65, 40), 80);
 }
 
+TEST(Kkf, CreationSurvivesEveryFailingAllocation)
+{
+    for (int64_t successes = 0;; ++successes) {
+        CKKF* kkf = nullptr;
+        const FailingAllocation failing(successes);
+        const int32_t status = CreateKKF(&kkf, 1024);
+        const KkfPtr owner(kkf);
+        if (!failing.HasFailed())
+            break;
+        EXPECT_EQ(status, kOutOfMemory) << successes;
+        EXPECT_EQ(kkf, nullptr);
+    }
+}
+
 TEST(Kkf, AllocatesNothingAfterCreation)
 {
     const auto kkf = Make(1024);

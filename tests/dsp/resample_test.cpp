@@ -363,6 +363,21 @@ TEST(Resample, WidestLookAheadFitsItsBuffer)
     }
 }
 
+TEST(Resample, CreationSurvivesEveryFailingAllocation)
+{
+    for (int32_t type : {kResampleFloat, kResampleInt16})
+        for (int64_t successes = 0;; ++successes) {
+            CResampleBase* resampler = nullptr;
+            const FailingAllocation failing(successes);
+            const int32_t status = CreateResampler(&resampler, 3, 64, 1, type, 0);
+            const ResamplerPtr owner(resampler);
+            if (!failing.HasFailed())
+                break;
+            EXPECT_EQ(status, kOutOfMemory) << successes;
+            EXPECT_EQ(resampler, nullptr);
+        }
+}
+
 TEST(Resample, AllocatesNothingAfterCreation)
 {
     const auto resampler = Make(3, 2, true);

@@ -322,6 +322,20 @@ TEST(PitchTrack, RefusesWhatItCannotDo)
     EXPECT_EQ(track->GetInputFramesPerHop(), 2065) << "nothing of it was taken";
 }
 
+TEST(PitchTrack, CreationSurvivesEveryFailingAllocation)
+{
+    for (int64_t successes = 0;; ++successes) {
+        CPitchTrack* track = nullptr;
+        const FailingAllocation failing(successes);
+        const int32_t status = CreatePitchTrack(&track, 44100, 1, kPitchTrackLong);
+        const PitchTrackPtr owner(track);
+        if (!failing.HasFailed())
+            break;
+        EXPECT_EQ(status, kOutOfMemory) << successes;
+        EXPECT_EQ(track, nullptr);
+    }
+}
+
 TEST(PitchTrack, AllocatesNothingAfterCreation)
 {
     const auto track = Make();
