@@ -1,4 +1,5 @@
 #include "engine/tensio_classic.h"
+#include "engine/tensio_pro.h"
 #include "engine/tensio_pro_if.h"
 #include "engine/tensio_solo.h"
 
@@ -11,6 +12,10 @@ namespace {
 std::unique_ptr<CTensioProIf> Make(int32_t blockFrames, int32_t channels, float sampleRate, int32_t mode)
 {
     switch (mode) {
+    case kModePro:
+        return std::make_unique<CtensioPro>(blockFrames, channels, sampleRate, CTensioMC::kFineHop);
+    case kModeProCoarse:
+        return std::make_unique<CtensioPro>(blockFrames, channels, sampleRate, CTensioMC::kCoarse);
     case kModeEfficient:
     case kModeEfficientAlias:
         return std::make_unique<CtensioClassic>(blockFrames, channels, sampleRate, mode - kModeEfficient);

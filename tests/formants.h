@@ -47,7 +47,7 @@ inline std::vector<double> Predictor(const std::vector<double>& r, size_t order)
 
 // The resonances below topHz in Hz, lowest first: peaks of a linear prediction fitted to that part of the spectrum alone
 // (selective linear prediction: Makhoul 1975), after a rise of 12 dB an octave that takes out the tilt of a voice.
-inline std::vector<double> Formants(const Signal& x, double sampleRate, double topHz = 5000.0, size_t order = 10)
+inline std::vector<double> Formants(const Signal& x, double sampleRate, double topHz = 5000.0, size_t order = 16)
 {
     constexpr int32_t kSize = 4096;
     const std::vector<double> power = MeanPowerSpectrum(x, kSize);

@@ -249,19 +249,19 @@ int32_t CPSOLASynthesis::ChooseMark() noexcept
 }
 
 // Input starts at time 0: a stream that is read from before it begins with that much silence, so that the first mark
-// lands on its own time.
+// lands on its own time. Silence goes no further than the block, since the read position may be anchored anew there.
 int32_t CPSOLASynthesis::BridgeStart() noexcept
 {
     if (started || readPos >= 0.0)
         return kSuccess;
-    const int32_t silence = Rounded(-readPos * stretch);
+    const int32_t whole = Rounded(-readPos * stretch), silence = std::clamp(outBlock - outReady, 0, whole);
     if (!ReserveOutput(int64_t(outEnd) + silence))
         return kOutOfMemory;
     for (auto& ring : outRing)
         std::fill_n(ring.data() + outEnd, silence, 0.0f);
     outEnd += silence;
     outReady = outEnd;
-    readPos = 0.0;
+    readPos = silence < whole ? readPos + silence * double(invStretch) : 0.0;
     return kSuccess;
 }
 

@@ -38,6 +38,26 @@ inline void Append(Planar& sum, const Planar& block, int32_t frames)
         sum[c].insert(sum[c].end(), block[c].begin(), block[c].begin() + frames);
 }
 
+// The pitch in force.
+inline float SetFactors(CTensioProIf& engine, float stretch, float pitch, bool sync = false)
+{
+    EXPECT_EQ(engine.SetStretchPitch(stretch, &pitch, sync), kSuccess) << stretch << " x " << pitch;
+    return pitch;
+}
+
+// Feeds input from frame at on while it has what the engine asks for, not beyond end. Gives where it stopped.
+inline int32_t Push(CTensioProIf& engine, Planar& input, int32_t at, int32_t end, Planar* output, int32_t block = 1024)
+{
+    Planar piece(input.size(), Signal(size_t(block)));
+    const auto out = Pointers(piece);
+    for (int32_t n = engine.GetFramesNeeded(); at + n <= end; n = engine.GetFramesNeeded()) {
+        if (engine.ProcessData(Pointers(input, size_t(at)).data(), n, out.data()) == kSuccess)
+            Append(*output, piece, block);
+        at += n;
+    }
+    return at;
+}
+
 // All that the engine gives for the input, its tail included. The factors stand.
 inline Planar RunEngine(CTensioProIf& engine, Planar input, int32_t block = 1024)
 {
