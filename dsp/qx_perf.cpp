@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#ifdef QX_X86_CLASSES
+#ifdef __x86_64__
 #include <cpuid.h>
 #endif
 
@@ -24,7 +24,7 @@ struct Processor {
 Processor Identify()
 {
     Processor found;
-#ifdef QX_X86_CLASSES
+#ifdef __x86_64__
     uint32_t eax = 0, ebx = 0, ecx = 0, edx = 0;
     if (!__get_cpuid(0, &eax, &ebx, &ecx, &edx))
         return found;
@@ -95,7 +95,7 @@ int QxPerfMapHintAlgorithm(QxPerfHintAlgorithm hint)
 
 uint64_t QxPerfGetCpuClocks()
 {
-#ifdef QX_X86_CLASSES
+#ifdef __x86_64__
     return __builtin_ia32_rdtsc();
 #else
     return uint64_t(std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1));
