@@ -56,9 +56,7 @@ void CFFT::ToPower(float* data) noexcept
 
 void CFFT::FlushSmall(float* data, int32_t n) noexcept
 {
-    for (int32_t i = 0; i < n; ++i)
-        if (data[i] < kSmall)
-            data[i] = 0.0f;
+    vtnfThresholdLT(data, kSmall, 0.0f, n);
 }
 
 int32_t CFFT::Init(int32_t windowType) noexcept

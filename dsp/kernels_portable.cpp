@@ -29,6 +29,16 @@ void GatherAdd(float* dst, const float* table, const int32_t* index, const float
         dst[i] = table[index[i]] + b[i];
 }
 
+void CorrelationProduct(float* out, const float* a, const float* b, int32_t begin, int32_t end)
+{
+    for (int32_t k = begin; k < end; ++k) {
+        const float sign = k % 2 ? -1.0f : 1.0f;
+        const float aRe = a[2 * k], aIm = a[2 * k + 1], bRe = b[2 * k], bIm = b[2 * k + 1];
+        out[2 * k] = sign * (aRe * bRe + aIm * bIm);
+        out[2 * k + 1] = sign * (aIm * bRe - aRe * bIm);
+    }
+}
+
 void WindowZeroPhase(float* dst, const float* src, const float* window, int32_t n)
 {
     const int32_t half = n / 2;
@@ -87,5 +97,14 @@ void Cubic(float* const* out, const float* const* x, int32_t channels, double po
 }   // namespace
 
 constinit const VectorKernels kKernelsPortable = {
-    SinCos, RotateBins, GatherAdd, WindowZeroPhase, OverlapAddZeroPhase, OverlapAdd, Interleave, Deinterleave, Cubic,
+    .SinCos = SinCos,
+    .RotateBins = RotateBins,
+    .GatherAdd = GatherAdd,
+    .CorrelationProduct = CorrelationProduct,
+    .WindowZeroPhase = WindowZeroPhase,
+    .OverlapAddZeroPhase = OverlapAddZeroPhase,
+    .OverlapAdd = OverlapAdd,
+    .Interleave = Interleave,
+    .Deinterleave = Deinterleave,
+    .Cubic = Cubic,
 };

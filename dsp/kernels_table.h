@@ -15,6 +15,10 @@ struct VectorKernels {
     // dst[i] = table[index[i]] + b[i]; dst may be b.
     void (*GatherAdd)(float* dst, const float* table, const int32_t* index, const float* b, int32_t n);
 
+    // out[k] = (-1)^k a[k] conj(b[k]) for bins begin .. end-1 of packed spectra (begin at least 1): the correlation of two
+    // segments, turned by half the length. out may be a or b.
+    void (*CorrelationProduct)(float* out, const float* a, const float* b, int32_t begin, int32_t end);
+
     // Weights a frame of n samples (even) and turns it by half, so that its middle stands at 0 (zero phase):
     //   dst[i] = src[n/2 + i] * window[n/2 + i], dst[n/2 + i] = src[i] * window[i],   i below n/2
     void (*WindowZeroPhase)(float* dst, const float* src, const float* window, int32_t n);

@@ -1,6 +1,7 @@
 #include "dsp/kkf.h"
 
 #include "dsp/fft.h"
+#include "dsp/kernels.h"
 #include "dsp/status.h"
 
 #include <algorithm>
@@ -58,15 +59,11 @@ void CKKF::MultiplySpectra(const float* a, const float* b, float* out) noexcept
     out[0] = Guarded(a[0] * b[0]);
     out[1] = Guarded(a[1] * b[1]);   // N/2 is even: no sign change at the Nyquist bin
     float sign = -1.0f;
-    int32_t i = 2;
-    for (; i < 2 * kGuardedBins; i += 2, sign = -sign) {
+    for (int32_t i = 2; i < 2 * kGuardedBins; i += 2, sign = -sign) {
         out[i] = sign * (Guarded(a[i] * b[i]) + Guarded(a[i + 1] * b[i + 1]));
         out[i + 1] = sign * (Guarded(b[i] * a[i + 1]) - Guarded(b[i + 1] * a[i]));
     }
-    for (; i < fftSize; i += 2, sign = -sign) {
-        out[i] = sign * (a[i] * b[i] + a[i + 1] * b[i + 1]);
-        out[i + 1] = sign * (b[i] * a[i + 1] - b[i + 1] * a[i]);
-    }
+    Kernels().CorrelationProduct(out, a, b, kGuardedBins, halfSize);
 }
 
 int32_t CKKF::FindMaxNear(int32_t halfRange, int32_t predictedLag, int32_t span) const noexcept

@@ -81,6 +81,11 @@ inline void vtnfThresholdLn(float* v, float level, float value, int32_t n)
 {
     vtnfGetTable().ThresholdLn(v, level, value, n);
 }
+// Where v[i] < level, v[i] = value.
+inline void vtnfThresholdLT(float* v, float level, float value, int32_t n)
+{
+    vtnfGetTable().ThresholdLT(v, level, value, n);
+}
 // dst[k] = atan2(im[k], re[k]) of a packed spectrum of finite values, k from 0 to bins-1, bin 0 with imaginary part 0; to
 // 3e-7 and to 2e-7 of the angle. packed[1] stays as it is unless dst is packed.
 inline void vtnfPhase(float* dst, const float* packed, int32_t bins)

@@ -63,6 +63,8 @@ constexpr Case kCases[] = {
     {"OverlapAdd", [](const VectorKernels& k) { k.OverlapAdd(out.get(), kFirst.get(), kSecond.get(), kFrame); }},
     {"InterleaveStereo", [](const VectorKernels& k) { k.Interleave(out.get(), kIn, 2, kFrame - 8); }},
     {"DeinterleaveStereo", [](const VectorKernels& k) { k.Deinterleave(kOut, kFirst.get(), 2, kFrame / 2); }},
+    {"CorrelationProduct",
+     [](const VectorKernels& k) { k.CorrelationProduct(out.get(), kFirst.get(), kSecond.get(), 4, kBins); }},
     {"CubicMono", [](const VectorKernels& k) { k.Cubic(kOut, kIn, 1, 0.25, 1.3f, 1024); }},
     {"CubicStereo", [](const VectorKernels& k) { k.Cubic(kOut, kIn, 2, 0.25, 1.3f, 1024); }},
 };

@@ -11,5 +11,14 @@ namespace {
 }   // namespace
 
 constinit const VectorKernels kKernelsAvx2 = {
-    SinCos, RotateBins, GatherAdd, WindowZeroPhase, OverlapAddZeroPhase, OverlapAdd, Interleave, Deinterleave, Cubic,
+    .SinCos = SinCos,
+    .RotateBins = RotateBins,
+    .GatherAdd = GatherAdd,
+    .CorrelationProduct = CorrelationProduct,
+    .WindowZeroPhase = WindowZeroPhase,
+    .OverlapAddZeroPhase = OverlapAddZeroPhase,
+    .OverlapAdd = OverlapAdd,
+    .Interleave = Interleave,
+    .Deinterleave = Deinterleave,
+    .Cubic = Cubic,
 };

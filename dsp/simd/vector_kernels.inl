@@ -55,6 +55,24 @@ void GatherAdd(float* dst, const float* table, const int32_t* index, const float
         dst[i] = table[index[i]] + b[i];
 }
 
+void CorrelationProduct(float* out, const float* a, const float* b, int32_t begin, int32_t end)
+{
+    VecF sign;   // lanes alternate as their bins do
+    for (int l = 0; l < kLanes; ++l)
+        sign[l] = (begin + l) % 2 ? -1.0f : 1.0f;
+    int32_t k = begin;
+    for (; k + kLanes <= end; k += kLanes) {
+        const Bins x = LoadBins(a + 2 * k), y = LoadBins(b + 2 * k);
+        StoreBins(out + 2 * k, {sign * (x.re * y.re + x.im * y.im), sign * (x.im * y.re - x.re * y.im)});
+    }
+    for (; k < end; ++k) {
+        const float one = k % 2 ? -1.0f : 1.0f;
+        const float aRe = a[2 * k], aIm = a[2 * k + 1], bRe = b[2 * k], bIm = b[2 * k + 1];
+        out[2 * k] = one * (aRe * bRe + aIm * bIm);
+        out[2 * k + 1] = one * (aIm * bRe - aRe * bIm);
+    }
+}
+
 void Weigh(float* dst, const float* src, const float* window, int32_t n)
 {
     int32_t i = 0;

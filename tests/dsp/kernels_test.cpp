@@ -167,4 +167,24 @@ TEST_P(KernelsOf, CubicRunsThroughACubicOfItsFourPoints)
             }
 }
 
+TEST_P(KernelsOf, CorrelationProductAlternatesItsSign)
+{
+    for (int32_t end : kSizes)
+        for (int32_t begin : {1, 4}) {
+            const Signal a = Noise(2 * end + 2, 1), b = Noise(2 * end + 2, 2);
+            Signal out(a.size(), kSentinel), expected = out, inPlace = a;
+            for (int32_t k = begin; k < end; ++k) {
+                const auto re = size_t(2 * k), im = re + 1;
+                const auto z = std::complex<double>(a[re], a[im]) * std::complex<double>(b[re], -b[im]);
+                expected[re] = float(k % 2 ? -z.real() : z.real());
+                expected[im] = float(k % 2 ? -z.imag() : z.imag());
+            }
+            kernels.CorrelationProduct(out.data(), a.data(), b.data(), begin, end);
+            ExpectNear(out, expected, kTolerance, end);
+            kernels.CorrelationProduct(inPlace.data(), inPlace.data(), b.data(), begin, end);
+            for (auto i = size_t(2 * begin); i < size_t(2 * end); ++i)
+                ASSERT_EQ(inPlace[i], out[i]) << end;
+        }
+}
+
 }   // namespace
