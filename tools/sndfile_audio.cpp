@@ -224,10 +224,10 @@ private:
         const double fullScale = std::ldexp(1.0, 31 - unusedBits);
         whole.resize(size_t(frames * channels));
         for (size_t i = 0; i < whole.size(); ++i) {
-            const double value = std::nearbyint(in[i] * fullScale);
+            const double value = in[i] * fullScale;
             const double limited = std::clamp(value, -fullScale, fullScale - 1.0);
-            clipped += value != limited;
-            whole[i] = int(int64_t(limited) * (int64_t(1) << unusedBits));
+            clipped += value > fullScale - 0.5 || value < -fullScale - 0.5;
+            whole[i] = int(std::llrint(limited) * (int64_t(1) << unusedBits));
         }
         return sf_writef_int(file.get(), whole.data(), frames);
     }
