@@ -12,6 +12,10 @@ namespace {
 constexpr float kPi = 3.1415927f;
 constexpr float kTwoPi = 6.2831855f;
 
+// Spectra are scaled by 2 / frame on the way in, which makes a magnitude an amplitude; the inverse transform multiplies
+// by the frame, so this is left for the way out. It rides on the turns.
+constexpr float kOutScale = 0.5f;
+
 // Wraps an angle; results lie above -pi and reach pi itself.
 float PrincipalArgument(float x)
 {
@@ -19,30 +23,23 @@ float PrincipalArgument(float x)
     return shifted - kTwoPi * std::ceil(shifted / kTwoPi) + kPi;
 }
 
-// The shorter the hop, the steeper the window: 2 at a quarter of the frame, 3 from an eighth down.
-int32_t WindowPower(int32_t frame, int32_t hop)
-{
-    return std::min(3, int32_t(std::floor(std::log2(double(frame) / hop + 1.0))));
-}
-
 }   // namespace
 
 VocoderState::VocoderState(int32_t frameSize, int32_t synthesisHop, int32_t analysisHop, float stretch,
                            int32_t channelCount)
     : frame(frameSize), hopA(analysisHop), hopS(synthesisHop), numBins(frameSize / 2), stretchActive(stretch),
-      stretchNext(stretch), regions(frameSize)
+      stretchNext(stretch), window(frameSize, synthesisHop, analysisHop), regions(frameSize)
 {
     vtnfInit();
     fft = MakeFft(frame);
     for (int32_t c = 0; c < channelCount; ++c)
         channels.push_back({MakeVtnfBuffer(frame), MakeVtnfBuffer(frame)});
-    for (VtnfBuffer* buffer : {&spectrum, &outSpectrum, &scratch, &window, &synthNorm})
+    for (VtnfBuffer* buffer : {&spectrum, &turns})
         *buffer = MakeVtnfBuffer(frame);
     for (VtnfBuffer* buffer : {&phase, &prevPhase, &synthPhase, &deviation, &magNow, &magPrev, &magPrev2, &rotation,
                                &rotCos, &rotSin, &binAdvance})
         *buffer = MakeVtnfBuffer(frame / 2 + 1);
-    BuildWindow();
-    BuildNorm();
+    SetBinAdvance();
 }
 
 void VocoderState::VocoderReset() noexcept
@@ -55,53 +52,37 @@ void VocoderState::VocoderReset() noexcept
         vtnfZero(channel.analysisBuf.get(), frame);
         vtnfZero(channel.olaBuf.get(), frame);
     }
-    for (VtnfBuffer* buffer : {&spectrum, &outSpectrum, &scratch})
+    for (VtnfBuffer* buffer : {&spectrum, &turns})
         vtnfZero(buffer->get(), frame);
     for (VtnfBuffer* buffer :
          {&phase, &prevPhase, &synthPhase, &deviation, &magNow, &magPrev, &magPrev2, &rotation, &rotCos, &rotSin})
         vtnfZero(buffer->get(), frame / 2 + 1);
 }
 
-void VocoderState::BuildWindow() noexcept
+void VocoderState::SetBinAdvance() noexcept
 {
-    const int32_t power = WindowPower(frame, hopA);
-    for (int32_t i = 0; i < frame / 2; ++i) {
-        const double w = 0.53836 - 0.46164 * std::cos(2.0 * std::numbers::pi * i / (frame - 1));
-        window[size_t(i)] = window[size_t(frame - 1 - i)] = float(std::pow(w, power));
-    }
+    const double perBin = hopA * 2.0 * std::numbers::pi / frame;
     for (int32_t k = 0; k <= frame / 2; ++k)
-        binAdvance[size_t(k)] = float(double(k) * hopA * 2.0 * std::numbers::pi / frame);
-}
-
-void VocoderState::BuildNorm() noexcept
-{
-    for (int32_t i = 0; i < frame; ++i) {
-        double sum = 0.0;
-        for (int32_t at = i; at <= frame; at += hopS) {
-            const double w = window[size_t(at % frame)];
-            sum += w * w;
-        }
-        synthNorm[size_t(i)] = sum == 0.0 ? 1.0f : float(1.0 / sum);
-    }
+        binAdvance[size_t(k)] = float(k * perBin);
 }
 
 void VocoderState::VocoderSetHops(int32_t synthesisHop, int32_t analysisHop, float stretch) noexcept
 {
     if (hopS == synthesisHop && hopA == analysisHop && framesDone > 0)
         return;
-    const bool newWindow = hopA != analysisHop;
+    const bool newAdvance = hopA != analysisHop;
     if (framesDone > 0)
         for (Channel& channel : channels)
-            vtnfMul(channel.olaBuf.get(), synthNorm.get(), frame);
+            vtnfMul(channel.olaBuf.get(), window.Norm(), frame);
     hopA = analysisHop;
     hopS = synthesisHop;
     stretchNext = stretch;
-    if (newWindow)
-        BuildWindow();
-    BuildNorm();
+    window.SetHops(hopS, hopA);
+    if (newAdvance)
+        SetBinAdvance();
     if (framesDone > 0)
         for (Channel& channel : channels)
-            vtnfDiv(channel.olaBuf.get(), synthNorm.get(), frame);
+            vtnfDiv(channel.olaBuf.get(), window.Norm(), frame);
 }
 
 int32_t VocoderState::VocoderStep(const float* const in[], float* const out[], int32_t step) noexcept
@@ -122,14 +103,16 @@ int32_t VocoderState::VocoderStep(const float* const in[], float* const out[], i
         break;
     case 2:
         if (c == 0) {
-            regions.Find(deviation.get(), magNow.get(), numBins, hopA);
+            regions.FindPeaks(deviation.get(), magNow.get(), numBins, hopA);
             ++framesDone;
         }
         break;
     case 3:
-        if (c == 0)
+        if (c == 0) {
             PropagatePhases();
-        RotateRegions(c == 0);
+            SpreadTurns();
+        }
+        TurnBins();
         break;
     default:
         Synthesise(channel, out[c]);
@@ -149,29 +132,31 @@ void VocoderState::ShiftInput(Channel& channel, const float* in) noexcept
 void VocoderState::Analyse(const Channel& channel) noexcept
 {
     const int32_t half = frame / 2;
-    const float* samples = channel.analysisBuf.get();
+    const float scale = 1.0f / float(half);   // a power of two: it moves no rounding
+    const float *samples = channel.analysisBuf.get(), *weights = window.Weights();
     float* x = spectrum.get();
-    for (int32_t i = 0; i < half; ++i) {
-        x[i] = samples[half + i] * window[size_t(half + i)];
-        x[half + i] = samples[i] * window[size_t(i)];
-    }
+    for (int32_t i = 0; i < half; ++i)
+        x[i] = samples[half + i] * weights[half + i] * scale;
+    for (int32_t i = 0; i < half; ++i)
+        x[half + i] = samples[i] * weights[i] * scale;
     fft->Forward(x, x);
-    vtnfMulScalar(x, 1.0f / float(half), frame);
 }
 
+// The levels of DC and Nyquist belong to the channel at hand, all else to channel 0.
 void VocoderState::MeasurePhases(bool first) noexcept
 {
     const int32_t half = frame / 2;
     const float dc = spectrum[0], nyquist = spectrum[1];
     if (first) {
-        vtnfPhase(phase.get(), spectrum.get(), half);
+        float *now = phase.get(), *advance = deviation.get();
+        const float *before = prevPhase.get(), *expected = binAdvance.get();
+        vtnfPhase(now, spectrum.get(), half);
         for (int32_t k = 0; k < half; ++k)
-            deviation[size_t(k)] = phase[size_t(k)] - prevPhase[size_t(k)] - binAdvance[size_t(k)];
-        vtnfPrincipalArgument(deviation.get(), deviation.get(), half);
-        vtnfAdd(deviation.get(), binAdvance.get(), half);
-        deviation[0] = 0.0f;   // a change of sign says nothing about where the energy of DC points
-        phase[0] = dc >= 0.0f ? 0.0f : kPi;
-        phase[size_t(half)] = nyquist >= 0.0f ? 0.0f : kPi;
+            advance[k] = now[k] - before[k] - expected[k];
+        vtnfPrincipalArgument(advance, advance, half);
+        vtnfAdd(advance, expected, half);
+        now[0] = dc >= 0.0f ? 0.0f : kPi;
+        now[half] = nyquist >= 0.0f ? 0.0f : kPi;
         std::swap(magPrev2, magPrev);
         std::swap(magPrev, magNow);
         vtnfMagnitude(magNow.get(), spectrum.get(), half);
@@ -180,61 +165,65 @@ void VocoderState::MeasurePhases(bool first) noexcept
     magNow[size_t(half)] = std::fabs(nyquist) * 0.5f;
 }
 
-// A stationary peak goes on by what it advanced, stretched; a transient one restarts from the phase that was analysed.
+// A stationary peak goes on by what it advanced, stretched; a transient one restarts from the phase that was analysed, and
+// so does one whose past holds what is no number.
 void VocoderState::PropagatePhases() noexcept
 {
     const float stretch = stretchActive;
     const bool lastFrame = stretch > 1.0f && hopA == frame / 4;   // frames close enough to compare neighbours
-    regions.Classify(magNow.get(), lastFrame ? magPrev.get() : magPrev2.get());
+    regions.ClassifyRegions(magNow.get(), lastFrame ? magPrev.get() : magPrev2.get());
     stretchActive = stretchNext;
 
     const auto peaks = regions.Peaks();
     for (size_t i = 0; i < peaks.size(); ++i) {
         const auto k = size_t(peaks[i]);
         float advance = deviation[k] * stretch;
-        if (regions.IsTransient(i)) {
+        if (regions.IsTransient(i))
             advance = PrincipalArgument(phase[k] - synthPhase[k] - binAdvance[k]) + binAdvance[k];
-            deviation[k] = advance;
-        }
-        rotation[k] = PrincipalArgument(advance + synthPhase[k]) - phase[k];
+        float target = PrincipalArgument(advance + synthPhase[k]);
+        if (!std::isfinite(target))
+            target = phase[k];
+        rotation[k] = target - phase[k];
         rotCos[k] = std::cos(rotation[k]);
         rotSin[k] = std::sin(rotation[k]);
     }
 }
 
-void VocoderState::RotateRegions(bool first) noexcept
+// Every bin takes the angle of its region's peak.
+void VocoderState::SpreadTurns() noexcept
 {
-    vtnfZero(outSpectrum.get(), frame);
     const int32_t* target = regions.Targets();
-    const float* x = spectrum.get();
-    float* y = outSpectrum.get();
+    const float *angle = rotation.get(), *cosine = rotCos.get(), *sine = rotSin.get(), *now = phase.get();
+    float *turn = turns.get(), *given = synthPhase.get();
     for (int32_t k = 1; k < numBins; ++k) {
-        const auto peak = size_t(target[k]);
-        const float re = x[2 * k], im = x[2 * k + 1];
-        y[2 * k] = re * rotCos[peak] - im * rotSin[peak];
-        y[2 * k + 1] = im * rotCos[peak] + re * rotSin[peak];
+        const int32_t peak = target[k];
+        turn[2 * k] = cosine[peak] * kOutScale;
+        turn[2 * k + 1] = sine[peak] * kOutScale;
+        given[k] = angle[peak] + now[k];
     }
-    y[0] = magNow[0] * 2.0f;   // DC and Nyquist have no angle to turn
-    y[1] = magNow[size_t(frame) / 2] * 2.0f;
-    if (!first)
-        return;
-    for (int32_t k = 1; k < numBins; ++k)
-        synthPhase[size_t(k)] = rotation[size_t(target[k])] + phase[size_t(k)];
     std::swap(prevPhase, phase);
+}
+
+// DC and Nyquist have no angle to turn and come out with their magnitude.
+void VocoderState::TurnBins() noexcept
+{
+    const int32_t treated = std::max(numBins, 1), half = frame / 2;
+    float* x = spectrum.get();
+    vtnfMulPacked(x, turns.get(), treated);
+    std::fill(x + 2 * treated, x + frame, 0.0f);
+    x[0] = magNow[0] * 2.0f * kOutScale;
+    x[1] = magNow[size_t(half)] * 2.0f * kOutScale;
 }
 
 void VocoderState::Synthesise(Channel& channel, float* out) noexcept
 {
     const int32_t half = frame / 2;
-    fft->Inverse(scratch.get(), outSpectrum.get());
-    vtnfMulScalar(scratch.get(), 0.5f, frame);
-    float* sum = channel.olaBuf.get();
-    for (int32_t i = 0; i < half; ++i) {
-        sum[i] += scratch[size_t(half + i)] * window[size_t(i)];
-        sum[half + i] += scratch[size_t(i)] * window[size_t(half + i)];
-    }
-    vtnfMul(sum, synthNorm.get(), hopS);
+    float *x = spectrum.get(), *sum = channel.olaBuf.get();
+    fft->Inverse(x, x);
+    vtnfAddProduct(sum, x + half, window.Weights(), half);
+    vtnfAddProduct(sum + half, x, window.Weights() + half, half);
     std::copy_n(sum, hopS, out);
+    vtnfMul(out, window.Norm(), hopS);
     std::copy(sum + hopS, sum + frame, sum);
     std::fill_n(sum + frame - hopS, hopS, 0.0f);
 }

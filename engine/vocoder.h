@@ -2,11 +2,14 @@
 // turned by the angle that their peak has to gain, and the frames are overlapped again at the synthesis hop. Phases of
 // the other bins of a region stay locked to its peak (Laroche and Dolson 1999); a region whose level jumps restarts from
 // the phase that was analysed, which keeps attacks sharp. Peaks and angles are found on channel 0 alone and serve all
-// channels, so that what is between the channels stays as it is.
-// The arithmetic of phases is single precision. One object serves one thread; after construction nothing allocates.
+// channels: each bin of each channel is multiplied by the very numbers that channel 0 used, so that what is between the
+// channels stays as it is, and identical channels stay identical.
+// The arithmetic of phases is single precision. A sample that is no number is heard for as long as a frame holds it, and
+// no longer. One object serves one thread; after construction nothing allocates.
 #pragma once
 
 #include "dsp/vtnf_buffer.h"
+#include "engine/overlap_window.h"
 #include "engine/peak_regions.h"
 
 #include <cstdint>
@@ -19,11 +22,12 @@ public:
 
     // New hops, in force from the next frame on; what is already summed up keeps its level.
     void VocoderSetHops(int32_t hopS, int32_t hopA, float stretch) noexcept;
-    // Bins treated, at most frame/2; those above come out silent.
+    // Bins treated, 0 to frame/2; those above come out silent.
     void VocoderSetBins(int32_t n) noexcept { numBins = n; }
     // One stage of one channel: step = 5 x channel + stage, in order. hopA frames of in[channel] go in with stage 0,
     // hopS frames of out[channel] come out with stage 4. step = -1 - channel only takes the frames in. Gives hopS.
     int32_t VocoderStep(const float* const in[], float* const out[], int32_t step) noexcept;
+    // As constructed, but with the hops in force.
     void VocoderReset() noexcept;
 
     static constexpr int32_t kStages = 5;
@@ -34,13 +38,13 @@ private:
         VtnfBuffer olaBuf;        // frame: the sum of the frames that are not complete yet
     };
 
-    void BuildWindow() noexcept;
-    void BuildNorm() noexcept;
+    void SetBinAdvance() noexcept;
     void ShiftInput(Channel& channel, const float* in) noexcept;
     void Analyse(const Channel& channel) noexcept;
     void MeasurePhases(bool first) noexcept;
     void PropagatePhases() noexcept;
-    void RotateRegions(bool first) noexcept;
+    void SpreadTurns() noexcept;
+    void TurnBins() noexcept;
     void Synthesise(Channel& channel, float* out) noexcept;
 
     int32_t frame;
@@ -48,21 +52,19 @@ private:
     int32_t numBins;
     int64_t framesDone = 0;
     float stretchActive, stretchNext;   // a new stretch reaches the phases one frame after the hops
+    OverlapWindow window;
     PeakRegions regions;
     FftPtr fft;
     std::vector<Channel> channels;
 
-    // One channel after the other uses these.
-    VtnfBuffer spectrum, outSpectrum;   // packed, frame floats
-    VtnfBuffer scratch;                 // frame floats
+    VtnfBuffer spectrum;   // packed, frame floats: one channel after the other passes through here
+    VtnfBuffer turns;      // packed: what channel 0's regions are multiplied by, for every bin
+
     // Channel 0, frame/2 + 1 entries each.
     VtnfBuffer phase, prevPhase;   // analysed in this frame and the one before
-    VtnfBuffer synthPhase;         // of the frame before
+    VtnfBuffer synthPhase;         // given out in the frame before
     VtnfBuffer deviation;          // instantaneous phase advance over one analysis hop
     VtnfBuffer magNow, magPrev, magPrev2;
     VtnfBuffer rotation, rotCos, rotSin;   // what a region is turned by, at its peak's bin
-
-    VtnfBuffer window;       // frame entries
-    VtnfBuffer synthNorm;    // frame entries: 1 / the sum of the squared windows at the synthesis hop
-    VtnfBuffer binAdvance;   // frame/2 entries: k x hopA x 2 pi / frame
+    VtnfBuffer binAdvance;                 // k x hopA x 2 pi / frame
 };
