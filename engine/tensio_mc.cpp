@@ -12,6 +12,9 @@ namespace {
 constexpr int32_t kResampleCapacity = 16384;   // frames: the longest synthesis hop of all frame sizes
 constexpr float kHungriestPitch = 4.0f;        // what input room is sized for, at the smallest total factor
 constexpr double kGlideReach = 1.25;           // a glide spreads its correction over this much of the error
+constexpr double kSlowestGlide = 1.0 - 1.0 / kGlideReach;   // so it never reads slower than this part of the pitch
+constexpr float kHighestPitch = 65536.0f;                   // a hop still gives a frame now and then
+constexpr int32_t kLongestBlock = 3;                        // frames of the vocoder
 
 // Two channels go in as 0.6 L +- 0.4 R; these weights bring them back.
 constexpr float kLeftIn = 0.6f, kRightIn = 0.4f;
@@ -42,7 +45,7 @@ int32_t EvenHop(int32_t hop, double total)
 CTensioMC::CTensioMC(int32_t block, int32_t channelCount, float rate, int32_t coreMode)
     : realChannels(channelCount), channels(channelCount > 2 ? channelCount + 1 : channelCount),
       mixScale(channels > 1 ? 1.0f / float(channels - 1) : 1.0f), sampleRate(rate), frame(2048 << RateBand(rate)),
-      fineHop(coreMode == kFineHop), outBlock(block), cutBin(frame / 2)
+      fineHop(coreMode == kFineHop), outBlock(std::clamp(block, 0, kLongestBlock * frame)), cutBin(frame / 2)
 {
     vtnfInit();
     AllocateBuffers();
@@ -66,22 +69,23 @@ void CTensioMC::AllocateBuffers()
     for (int32_t c = 0; c < channels; ++c) {
         inBuf.push_back(MakeVtnfBuffer(inCapacity));
         outBuf.push_back(MakeVtnfBuffer(outCapacity));
-        inPointers.push_back(inBuf.back().get());
         outOrigin.push_back(outBuf.back().get() + outCapacity / 2);
     }
+    hopIn.resize(size_t(channels));
     hopOut.resize(size_t(channels));
 }
 
 // Factors ----------------------------------------------------------------------------------------------------------
 
-// Refuses a total outside its limits, and a pitch whose hop could not be written out.
+// Refuses a total outside its limits, and a pitch whose hop has no place behind a block that is almost full.
 bool CTensioMC::ChooseFactors(double total, float pitch) noexcept
 {
-    if (!(total >= kMinTotalFactor && total <= kMaxTotalFactor) || !(pitch > 0.0f) || !std::isfinite(1.0f / pitch))
+    if (!(total >= kMinTotalFactor && total <= kMaxTotalFactor) || !(pitch > 0.0f && pitch <= kHighestPitch))
         return false;
     const int32_t hop = frame / HopDivisor(float(total), fineHop);
     const int32_t synthesis = EvenHop(hop, total);
-    if (synthesis / double(pitch) + outBlock > outCapacity / 2 - frame)
+    const int32_t room = outCapacity / 2 - kLongestBlock * frame;
+    if (synthesis / (pitch * kSlowestGlide) > room || frame / 2 / double(pitch) > outCapacity / 2)
         return false;
     factors = {float(double(synthesis) / hop), double(hop) / synthesis, pitch, hop, synthesis};
     return true;
@@ -139,7 +143,7 @@ int32_t CTensioMC::SetStereoInputMode(int32_t mode) noexcept
 
 int32_t CTensioMC::Reset() noexcept
 {
-    inFill = outFill = tailOut = 0;
+    inRead = inFill = outFill = tailOut = 0;
     firstHop = true;
     resampleAlways = false;
     factors.pitch = ratioNow = 1.0f;
@@ -160,14 +164,11 @@ int32_t CTensioMC::ProcessData(const float* const in[], int32_t frames, float* c
         return kInvalidArgument;
     if (in && frames > 0)
         TakeInput(in, frames);
-    while (outFill < outBlock) {
-        if (inFill >= (firstHop ? frame / 2 : factors.hopA))
-            RunHop();
-        else if (!in && tailOut < TailLength())
-            RunFlushHop();
-        else
-            break;
+    if (!in && firstHop && inFill > 0)
+        FillFirstWindow();
+    while (outFill < outBlock && RunHop(!in)) {
     }
+    CloseInputGap();
     if (outFill < outBlock)
         return kNoResult;
     GiveOutput(out, outBlock);
@@ -189,7 +190,7 @@ int32_t CTensioMC::FlushBuffer(float* const out[]) noexcept
 
 int32_t CTensioMC::SetOutputBlockSize(int32_t frames) noexcept
 {
-    outBlock = frames;
+    outBlock = std::clamp(frames, 0, kLongestBlock * frame);
     return GetFramesNeeded();
 }
 
@@ -212,6 +213,7 @@ int32_t CTensioMC::GetFramesNeededAt(float stretch, float pitch) noexcept
     const Factors before = factors;
     const PitchGlide glideBefore = glide;
     const int32_t fillBefore = outFill;
+    const float ratioBefore = ratioNow;
     int32_t need = kNoResult;
     if (ChooseFactors(double(stretch) * pitch, pitch)) {
         factors.pitch = factors.total / stretch;
@@ -223,6 +225,7 @@ int32_t CTensioMC::GetFramesNeededAt(float stretch, float pitch) noexcept
     factors = before;
     glide = glideBefore;
     outFill = fillBefore;
+    ratioNow = ratioBefore;
     return need;
 }
 
@@ -231,11 +234,30 @@ int32_t CTensioMC::GetInputPosition() noexcept
     return int32_t(positionOffset + analysisPos - outFill * invTotalActive);
 }
 
+// A stream that ends before it fills half a window is heard too: silence makes up for the rest.
+void CTensioMC::FillFirstWindow() noexcept
+{
+    const int32_t missing = frame / 2 - inFill;
+    if (missing <= 0)
+        return;
+    for (const VtnfBuffer& buffer : inBuf)
+        vtnfZero(buffer.get() + inFill, missing);
+    inFill += missing;
+}
+
+// Between calls what waits stands at the front of inBuf.
+void CTensioMC::CloseInputGap() noexcept
+{
+    for (const VtnfBuffer& buffer : inBuf)
+        std::copy_n(buffer.get() + inRead, inFill, buffer.get());
+    inRead = 0;
+}
+
 void CTensioMC::TakeInput(const float* const in[], int32_t frames) noexcept
 {
-    float* first = inPointers[0] + inFill;
+    float* first = inBuf[0].get() + inFill;
     if (channels == 2 && stereoMode == 0) {
-        float* second = inPointers[1] + inFill;
+        float* second = inBuf[1].get() + inFill;
         for (int32_t i = 0; i < frames; ++i) {
             const float left = kLeftIn * in[0][i], right = kRightIn * in[1][i];
             first[i] = left + right;
@@ -245,12 +267,12 @@ void CTensioMC::TakeInput(const float* const in[], int32_t frames) noexcept
         vtnfZero(first, frames);
         for (int32_t c = 0; c < realChannels; ++c) {
             vtnfAdd(first, in[c], frames);
-            std::copy_n(in[c], frames, inPointers[size_t(c) + 1] + inFill);
+            std::copy_n(in[c], frames, inBuf[size_t(c) + 1].get() + inFill);
         }
         vtnfMulScalar(first, mixScale, frames);
     } else {
         for (int32_t c = 0; c < channels; ++c)
-            std::copy_n(in[c], frames, inPointers[size_t(c)] + inFill);
+            std::copy_n(in[c], frames, inBuf[size_t(c)].get() + inFill);
     }
     inFill += frames;
 }
@@ -281,7 +303,19 @@ int32_t CTensioMC::TailLength() const noexcept
     return int32_t(-positionBase * (double(factors.total) + 1.0) / factors.pitch);
 }
 
-void CTensioMC::RunHop() noexcept
+// The next hop, of the input that waits or, at its end, of the tail. False when there is none.
+bool CTensioMC::RunHop(bool atEnd) noexcept
+{
+    if (inFill >= (firstHop ? frame / 2 : factors.hopA))
+        RunWholeHop();
+    else if (atEnd && tailOut < TailLength())
+        RunFlushHop();
+    else
+        return false;
+    return true;
+}
+
+void CTensioMC::RunWholeHop() noexcept
 {
     BeginHop();
     if (firstHop)
@@ -299,9 +333,10 @@ void CTensioMC::RunHop() noexcept
 // bins of a tail stay limited by the step of the hop before.
 void CTensioMC::RunFlushHop() noexcept
 {
+    CloseInputGap();
     BeginHop();
-    for (float* buffer : inPointers)
-        vtnfZero(buffer, factors.hopA);
+    for (float* input : hopIn)
+        vtnfZero(input, factors.hopA);
     LimitBins();
     RunVocoder();
     UpdateReadStep();
@@ -319,8 +354,10 @@ void CTensioMC::BeginHop() noexcept
         positionOffset = int32_t(frame / 2 - frame / 2 * factors.invTotal);
         invTotalActive = factors.invTotal;
     }
-    for (size_t c = 0; c < hopOut.size(); ++c)
+    for (size_t c = 0; c < hopOut.size(); ++c) {
+        hopIn[c] = inBuf[c].get() + inRead;
         hopOut[c] = outOrigin[c] + outFill;
+    }
 }
 
 // Fills the window so that the first frame that is analysed is centred on input frame 0.
@@ -328,7 +365,7 @@ void CTensioMC::PrimeWindow() noexcept
 {
     for (int32_t i = 0; i < frame / factors.hopA / 2 - 1; ++i) {
         for (int32_t c = 0; c < channels; ++c)
-            vocoder->VocoderStep(inPointers.data(), hopOut.data(), -1 - c);
+            vocoder->VocoderStep(hopIn.data(), hopOut.data(), -1 - c);
         DropInput();
     }
     firstHop = false;
@@ -350,7 +387,7 @@ void CTensioMC::LimitBins() noexcept
 void CTensioMC::RunVocoder() noexcept
 {
     for (int32_t step = 0; step < VocoderState::kStages * channels; ++step)
-        vocoder->VocoderStep(inPointers.data(), hopOut.data(), step);
+        vocoder->VocoderStep(hopIn.data(), hopOut.data(), step);
 }
 
 int32_t CTensioMC::Resample() noexcept
@@ -364,7 +401,8 @@ int32_t CTensioMC::Resample() noexcept
 
 void CTensioMC::DropInput() noexcept
 {
+    inRead += factors.hopA;
     inFill -= factors.hopA;
-    for (float* buffer : inPointers)
-        std::copy(buffer + factors.hopA, buffer + factors.hopA + inFill, buffer);
+    for (float*& input : hopIn)
+        input += factors.hopA;
 }

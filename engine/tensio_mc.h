@@ -27,7 +27,8 @@ public:
     virtual int32_t ProcessData(const float* const in[], int32_t frames, float* const out[]) noexcept = 0;
     // Input frames for the next output block, a multiple of the analysis hop.
     virtual int32_t GetFramesNeeded() noexcept = 0;
-    virtual int32_t SetOutputBlockSize(int32_t frames) noexcept = 0;   // gives GetFramesNeeded
+    // Frames per block, limited to three frames of the vocoder; gives GetFramesNeeded.
+    virtual int32_t SetOutputBlockSize(int32_t frames) noexcept = 0;
     // The same at other factors; those in force stay. kNoResult when they are refused.
     virtual int32_t GetFramesNeededAt(float stretch, float pitch) noexcept = 0;
     // Factors, see CTensioProIf. kInvalidArgument outside the limits of their product, and nothing changes.
@@ -50,7 +51,7 @@ class CTensioMC : public CTensioMCIf {
 public:
     enum CoreMode : int32_t { kCoarse = 0, kCoarseAlias = 1, kFineHop = 2 };
 
-    // outBlock: frames per ProcessData. channels 1 to 48. Throws std::bad_alloc.
+    // outBlock: frames per ProcessData, at most three frames of the vocoder. channels 1 to 48. Throws std::bad_alloc.
     CTensioMC(int32_t outBlock, int32_t channels, float sampleRate, int32_t coreMode);
 
     int32_t ProcessData(const float* const in[], int32_t frames, float* const out[]) noexcept override;
@@ -79,7 +80,10 @@ private:
     void TakeInput(const float* const in[], int32_t frames) noexcept;
     void GiveOutput(float* const out[], int32_t frames) noexcept;
     int32_t TailLength() const noexcept;
-    void RunHop() noexcept;
+    void FillFirstWindow() noexcept;
+    void CloseInputGap() noexcept;
+    bool RunHop(bool atEnd) noexcept;
+    void RunWholeHop() noexcept;
     void RunFlushHop() noexcept;
     void PrimeWindow() noexcept;
     void BeginHop() noexcept;
@@ -112,9 +116,10 @@ private:
     int32_t stereoMode = 0;
     int32_t cutBin;
 
-    bool firstHop = true;   // the analysis window has not been primed
-    int32_t inFill = 0;
-    int32_t outFill = 0;        // negative in the lead-in: the next frames are dropped
+    bool firstHop = true;       // the analysis window has not been primed
+    int32_t inRead = 0;         // where what waits begins in inBuf, while hops run
+    int32_t inFill = 0;         // frames that wait
+    int32_t outFill = 0;        // frames ready; negative in the lead-in: the next frames are dropped
     int32_t tailOut = 0;        // frames given while flushing
     int32_t positionBase = 0;   // lead-in position, -frame/2
     int32_t positionOffset = 0;
@@ -123,7 +128,7 @@ private:
 
     std::vector<VtnfBuffer> inBuf;    // inCapacity each
     std::vector<VtnfBuffer> outBuf;   // outCapacity each, of which half stands before outOrigin
-    std::vector<float*> inPointers, outOrigin, hopOut;
+    std::vector<float*> outOrigin, hopIn, hopOut;
     std::unique_ptr<VocoderState> vocoder;
     std::unique_ptr<CFastResample> resampler;
 };
