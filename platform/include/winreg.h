@@ -23,7 +23,7 @@ LSTATUS RegSetValueExW(HKEY hKey, LPCWSTR pszName, DWORD dwReserved, DWORD dwTyp
 LSTATUS RegDeleteValueW(HKEY hKey, LPCWSTR pszName);
 LSTATUS RegDeleteKeyW(HKEY hKey, LPCWSTR pszSubKey);    // ERROR_ACCESS_DENIED while the key has keys of its own
 LSTATUS RegDeleteTreeW(HKEY hKey, LPCWSTR pszSubKey);   // null: what is in the key, which itself stays
-// In the order of the names; *pcch: room in with the terminator, length out without it.
+// Keys come in the order of their names, values as they were first set; *pcch: room in with the terminator, length out without it.
 LSTATUS RegEnumKeyExW(HKEY hKey, DWORD dwIndex, LPWSTR pszName, DWORD* pcch, DWORD* pReserved, LPWSTR pszClass,
                       DWORD* pcchClass, FILETIME* pLastWrite);
 LSTATUS RegEnumValueW(HKEY hKey, DWORD dwIndex, LPWSTR pszName, DWORD* pcch, DWORD* pReserved, DWORD* pdwType,
