@@ -101,14 +101,22 @@ void ThresholdLn(float* v, float level, float value, int32_t n)
     Map(v, v, n, [level, value](VecF x) { return LnOf(x < level ? VecF{} + value : x); });
 }
 
-// Element 0 is wrapped like all others. The turns are the truncated product, less 1 where it is negative.
+// Keeps a product apart from the sum that takes it, where the rounding between them is part of the result.
+[[gnu::always_inline]] inline VecF Rounded(VecF product)
+{
+    asm("" : "+x"(product));
+    return product;
+}
+
+// Element 0 is wrapped like all others. The turns are the truncated product, less 1 where it is negative. The roundings are
+// the portable form's: what they leave adds up from frame to frame, and all classes have to drift alike.
 void PrincipalArgument(float* dst, const float* src, int32_t n)
 {
     Map(dst, src, n, [](VecF v) {
         const VecF x = v + 3.1415927f, product = x * -0.15915494f;
         const VecF whole = __builtin_convertvector(__builtin_convertvector(product, VecI), VecF);
         const VecF turns = product < 0.0f ? whole - 1.0f : whole;
-        return turns * 6.2831855f + x + 3.1415927f;
+        return Rounded(turns * 6.2831855f) + x + 3.1415927f;
     });
 }
 

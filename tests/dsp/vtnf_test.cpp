@@ -209,8 +209,12 @@ TEST_P(Vtnf, PrincipalArgumentWrapsToHalfATurnEachWay)
     const double turn = 2.0 * std::numbers::pi;
     for (int32_t n : kSizes) {
         Signal x = Noise(n, 8, 500.0f), y(size_t(n) + 1, 7.0f);
+        Signal same = y;
         table.PrincipalArgument(y.data(), x.data(), n);
+        kVtnfPortable.PrincipalArgument(same.data(), x.data(), n);
         EXPECT_EQ(y[size_t(n)], 7.0f);
+        for (size_t i = 1; i < size_t(n); ++i)
+            ASSERT_EQ(y[i], same[i]) << "rounds otherwise: " << x[i];
         for (size_t i = &table == &kVtnfPortable ? 1 : 0; i < size_t(n); ++i) {
             ASSERT_LE(std::fabs(y[i]), std::numbers::pi + 1e-4) << x[i];
             const double turns = (double(x[i]) - y[i]) / turn;
