@@ -24,6 +24,9 @@ for mode in pro soloist-mono soloist-speech; do
     "$bin/vantor" -q -m "$mode" "$root/examples/sample.flac" "$work/probe.wav" 2>/dev/null &&
         programs+=("$mode|$bin/vantor -q -m $mode -t %s -p %s $file $work/out.wav")
 done
+if [[ ${programs[*]} == *"pro|"* ]]; then   # formants held: only where the pitch moves does it cost more
+    programs+=("pro -F 0|$bin/vantor -q -m pro -F 0 -c 3 -t %s -p %s $file $work/out.wav")
+fi
 programs+=("rubberband -2|rubberband -q -2 -t %s -p %s $file $work/out.wav")
 programs+=("rubberband -3|rubberband -q -3 -t %s -p %s $file $work/out.wav")
 programs+=("soundstretch|soundstretch $file $work/out.wav -tempo=%s -pitch=%s")
@@ -36,7 +39,7 @@ milliseconds() {   # of one run of a command
 
 median() { sort -n | awk '{ v[NR] = $1 } END { print NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 
-for setting in "0.8 0" "1.25 0" "1.5 3" "2 7"; do
+for setting in "0.5 0" "0.8 0" "1.25 0" "2 0" "1 7" "1.5 3" "2 7"; do
     read -r stretch pitch <<<"$setting"
     tempo=$(awk -v t="$stretch" 'BEGIN { printf "%.6f", 100 / t - 100 }')   # percent of change
     rm -f "$work"/times.*

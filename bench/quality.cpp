@@ -109,7 +109,7 @@ int main(int argc, char** argv)
         scratch = argv[1];
     std::printf("| tone through | Hz | stretch | pitch | level, dB | frequency, cents | sidebands, dB |\n"
                 "|---|---|---|---|---|---|---|\n");
-    for (const double hz : {200.0, 2000.0, 6000.0})
+    for (const double hz : {200.0, 1800.0, 2000.0, 6000.0})
         for (const Setting s : {Setting{0.5, 0.0}, {1.25, 0.0}, {2.0, 0.0}, {1.0, -5.0}, {1.0, 7.0}})
             for (const Peer& peer : kPeers)
                 MeasureTone(peer, hz, s);

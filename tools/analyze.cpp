@@ -1,5 +1,6 @@
 #include "tools/analyze.h"
 
+#include "tools/analyze_envelope.h"
 #include "tools/analyze_pitch.h"
 #include "tools/failure.h"
 
@@ -15,6 +16,7 @@ struct Analysis {
 };
 
 const std::vector<Analysis> kAnalyses = {
+    {"envelope", AnalyzeEnvelope},
     {"pitch", AnalyzePitch},
 };
 

@@ -8,6 +8,12 @@
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int32_t kShare = 8;   // of the audio of the long tests
+#else
+constexpr int32_t kShare = 1;
+#endif
+
 QxVantorParams ProRecord(double stretch, double semitones, double formant = 100.0)
 {
     QxVantorParams r = Record(100.0 * stretch, semitones, kModePro);
@@ -100,21 +106,21 @@ TEST(VtnPro, GivesTheSameSamplesWhateverTheBlocks)
 
 TEST(VtnPro, TouchesNeitherHeapNorLocksWhileItRuns)
 {
-    for (const int32_t channels : {1, 2, 5}) {
+    for (const int32_t channels : {1, 5}) {
         CVtn vtn(channels, 44100.0f, 2048);
         Start(vtn, ProRecord(1.0, 0.0));
         const Signal in = Noise(4096 * channels, 6, 0.5f);
         Signal out(size_t(40960) * size_t(channels));
         std::mt19937 random(7);
         int64_t calls = 0;
-        for (int32_t block = 0; block < 60; ++block) {
+        for (int32_t block = 0; block < 60; block += kShare) {
             QxVantorParams record =
-                block % 4 ? ProRecord(0.1 * std::pow(100.0, block / 60.0), block - 30) : RandomRecord(random);
+                block % 3 ? ProRecord(0.1 * std::pow(100.0, block / 60.0), block - 30) : RandomRecord(random);
             uint32_t given = 4096, got = 40960;
             const int64_t before = HeapAndLockCalls();
             vtn.SetParams(&record, false);
             vtn.UpdateRatios(false);
-            vtn.ProcessBlock(block == 59, in.data(), &given, out.data(), &got);
+            vtn.ProcessBlock(block >= 56, in.data(), &given, out.data(), &got);
             calls += HeapAndLockCalls() - before;
         }
         EXPECT_EQ(calls, 0) << channels << " channels";
@@ -146,7 +152,7 @@ TEST(VtnPro, SurvivesChangesOfEverythingWhileItRuns)
             if (random() % 50 == 0)
                 v.Reset();
         };
-        for (int32_t second = 0; second < c.seconds; ++second) {
+        for (int32_t second = 0; second < (c.seconds + kShare - 1) / kShare; ++second) {
             Signal out;
             Push(vtn, in, c.channels, host, &out);
             ASSERT_TRUE(AllFinite(out, 20.0f)) << c.rate << " Hz, second " << second;

@@ -304,6 +304,35 @@ TEST_F(Vantor, ReportsRequestAndFactorsInForce)
     EXPECT_GT(Value(run.out, "peak"), 0.1);
 }
 
+// The formants of noise in a band around 2 kHz, an octave up: where the middle of its energy comes to lie, in Hz.
+TEST_F(Vantor, HoldsTheFormantsOrLetsThemFollowInModePro)
+{
+    Signal x = Noise(44100, 1, 0.05f);
+    const double pole = 0.985, turn = 2.0 * pole * std::cos(2.0 * std::numbers::pi * 2000.0 / 44100.0);
+    for (size_t i = 2; i < x.size(); ++i)
+        x[i] += float(turn * x[i - 1] - pole * pole * x[i - 2]);
+    Save(Path("in.wav"), {1, 44100, SF_FORMAT_WAV | SF_FORMAT_FLOAT, x});
+    const auto middle = [&](std::vector<std::string> more) {
+        more.insert(more.end(), {"in.wav", "out.wav", "-p", "12"});
+        const Outcome run = Run(more);
+        EXPECT_EQ(run.status, 0) << run.err;
+        const Signal y = Load(Path("out.wav")).samples;
+        double power = 0.0, slope = 0.0;   // their ratio is the mean square of the angular frequency
+        for (size_t i = 1; i < y.size(); ++i) {
+            power += double(y[i]) * y[i];
+            slope += (double(y[i]) - y[i - 1]) * (double(y[i]) - y[i - 1]);
+        }
+        return 44100.0 / std::numbers::pi * std::asin(std::sqrt(slope / power) / 2.0);
+    };
+    const double held = middle({"-m", "pro", "-F", "0", "-c", "3"}),
+                 half = middle({"-m", "pro", "-F", "50", "-c", "3"}), follows = middle({"-m", "pro", "-F", "100"});
+    EXPECT_NEAR(held, 2000.0, 250.0);
+    EXPECT_NEAR(half, 2830.0, 350.0);
+    EXPECT_NEAR(follows, 4000.0, 400.0);
+    EXPECT_EQ(middle({"-F", "50", "-c", "3"}), half) << "pro is the mode that is taken when none is told";
+    EXPECT_NE(middle({"-F", "0", "-c", "9"}), held) << "the content pitch counts";
+}
+
 TEST_F(Vantor, TellsWhenStretchAndPitchExceedTheEngineTogether)
 {
     SaveNoise("in.wav", 3000);
