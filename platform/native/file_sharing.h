@@ -4,6 +4,8 @@
 
 #include <windef.h>
 
+#include <compare>
+
 #include <sys/stat.h>
 
 struct FileUse {
