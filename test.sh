@@ -1,13 +1,33 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs the tests. --sanitize does so under the address and undefined behaviour
-# sanitizers instead.
+# sanitizers instead; --fuzz runs each fuzzer for a minute and speaks only of what it finds.
 set -eu
 cd "$(dirname "$0")"
 . cmake/packages.sh
+
+fuzz() {
+    local log corpus target
+    need_packages "${build_packages[@]}" "${fuzz_packages[@]}"
+    build_preset fuzz --target fuzz_print fuzz_res
+    for target in print res; do
+        log=$(mktemp)
+        corpus=$(mktemp -d)
+        if ! (cd "$corpus" && "$OLDPWD/build/fuzz/fuzz/fuzz_$target" -max_total_time=60 -max_len=4096 -timeout=10 \
+                "$corpus" "$OLDPWD/fuzz/corpus/$target") >"$log" 2>&1; then
+            tail -n 60 "$log" >&2
+            echo "fuzz_$target failed; the input is in $corpus" >&2
+            return 1
+        fi
+        echo "fuzz_$target: $(grep -o 'Done .*' "$log")"
+        rm -rf "$log" "$corpus"
+    done
+}
+
 case "${1:-}" in
     "") preset=release ;;
     --sanitize) preset=asan ;;
-    *) echo "usage: ./test.sh [--sanitize]" >&2; exit 2 ;;
+    --fuzz) fuzz; exit ;;
+    *) echo "usage: ./test.sh [--sanitize|--fuzz]" >&2; exit 2 ;;
 esac
 need_packages "${build_packages[@]}" "${test_packages[@]}"
 build_preset "$preset"

@@ -1,6 +1,7 @@
 # Sourced by run.sh and test.sh. Installs Debian packages quietly, and only those that are missing.
 build_packages=(g++ cmake ninja-build pkg-config libsndfile1-dev libpng-dev libcairo2-dev fonts-dejavu-core
                 libicu-dev libsqlite3-dev binutils-mingw-w64-x86-64)
+fuzz_packages=(clang libclang-rt-14-dev)
 test_packages=(libgtest-dev espeak-ng)
 
 need_packages() {
