@@ -166,8 +166,10 @@ void CPSOLAAnalysis::FollowTracker() noexcept
     trackerStep = tracker->GetInputFramesPerHop();
     while (pitchFill > bufferFill / 2 + trackerStep) {
         RunTracker();
+        // A silent frame may have a negative frequency: it then tells no period and the frame stays.
         const float longest = float(2 * baseLength);
-        trackedPeriod = record.frequency > 0.0f ? std::min(sampleRate / record.frequency, longest) : longest;
+        const float length = record.frequency == 0.0f ? longest : std::min(sampleRate / record.frequency, longest);
+        trackedPeriod = length > 0.0f ? length : -1.0f;
         if (std::floor(trackedPeriod + 0.5f) > 0.0f)
             SetFrame(record.harmonicity == 0.0f ? kInharmonicSpan : kHarmonicSpan, true);
     }
