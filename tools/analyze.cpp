@@ -1,6 +1,7 @@
 #include "tools/analyze.h"
 
 #include "tools/analyze_envelope.h"
+#include "tools/analyze_marks.h"
 #include "tools/analyze_pitch.h"
 #include "tools/failure.h"
 
@@ -17,6 +18,7 @@ struct Analysis {
 
 const std::vector<Analysis> kAnalyses = {
     {"envelope", AnalyzeEnvelope},
+    {"marks", AnalyzeMarks},
     {"pitch", AnalyzePitch},
 };
 
