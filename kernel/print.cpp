@@ -62,7 +62,7 @@ private:
     void Token();
     void NumberLiteral();
     void Directive();
-    void Execute(WideView specification, bool dollar);
+    void Execute(WideView directive, bool dollar);
     bool Separator(WCHAR conversion);
     void Integer(const PrintSpec& spec, bool dollar);
     void Unsigned(const PrintSpec& spec);
@@ -150,14 +150,14 @@ void Scanner::Directive()
     const size_t end = rest.substr(0, kMaxSpec).find_first_of(kConversions, 1);
     if (end == rest.npos)
         return Literal(Take(kMaxSpec));
-    const WideView specification = Take(end + 1);
-    Execute(specification, specification.front() == '$');
+    const WideView directive = Take(end + 1);
+    Execute(directive, directive.front() == '$');
 }
 
-void Scanner::Execute(WideView specification, bool dollar)
+void Scanner::Execute(WideView directive, bool dollar)
 {
-    const WCHAR conversion = specification.back();
-    const PrintSpec spec = ParsePrintSpec(specification.substr(1, specification.size() - 2), conversion);
+    const WCHAR conversion = directive.back();
+    const PrintSpec spec = ParsePrintSpec(directive.substr(1, directive.size() - 2), conversion);
     switch (conversion) {
     case 'd':
     case 'i':
@@ -181,7 +181,7 @@ void Scanner::Execute(WideView specification, bool dollar)
         return String(spec);
     default:
         if (!Separator(conversion))
-            Literal(specification);
+            Literal(directive);
     }
 }
 

@@ -5,7 +5,7 @@
 //   $(Name)  replaced from the process-wide table of tokens; $(1234.5): a number in the user's form
 //   $$ %%    the characters themselves
 // Arguments are 32 bits wide, 64 with I64, doubles, or texts. The conversions are d i u x X o e E f g G c s z and the
-// separators; p, n, S and C are none, and what is no part of a specification is passed over. A * cannot be a width.
+// separators; p, n, S and C are none, and what is no part of a directive is passed over. A * cannot be a width.
 // Unknown tokens and unfinished directives stand in the output as written.
 // [any] All state is on the stack; the token table has its own lock.
 #pragma once

@@ -1,4 +1,4 @@
-// One specification of the print dialect, taken apart, and the standard conversion of one value by it: what the
+// One directive of the print dialect, taken apart, and the standard conversion of one value by it: what the
 // platform's wide printf writes for it, the same on every platform and for every runtime locale.
 #pragma once
 
@@ -21,7 +21,7 @@ struct PrintSpec {
 };
 
 // inside: what stands between the introducer and the conversion. Numbers out of range are held at the largest int32_t;
-// what is no part of a specification is passed over.
+// what is no part of a directive is passed over.
 PrintSpec ParsePrintSpec(WideView inside, WCHAR conversion);
 
 // All return false when the text was cut.
