@@ -71,16 +71,6 @@ inline void vtnfDiv(float* dst, const float* src, int32_t n)
 {
     vtnfGetTable().Div(dst, src, n);
 }
-// dst[i] += a[i] * b[i]
-inline void vtnfAddProduct(float* dst, const float* a, const float* b, int32_t n)
-{
-    vtnfGetTable().AddProduct(dst, a, b, n);
-}
-// dst *= src, bin by bin, of packed spectra; DC and Nyquist as the real numbers that they are. Bin 0 is both of them.
-inline void vtnfMulPacked(float* dst, const float* src, int32_t bins)
-{
-    vtnfGetTable().MulPacked(dst, src, bins);
-}
 // v[i] = e^v[i], to 1e-7 of the value; denormals, 0 and infinity where the result leaves the normal numbers.
 inline void vtnfExp(float* v, int32_t n)
 {

@@ -1,5 +1,6 @@
 #include "engine/vocoder.h"
 
+#include "dsp/kernels.h"
 #include "dsp/vtnf.h"
 
 #include <algorithm>
@@ -11,10 +12,6 @@ namespace {
 
 constexpr float kPi = 3.1415927f;
 constexpr float kTwoPi = 6.2831855f;
-
-// Spectra are scaled by 2 / frame on the way in, which makes a magnitude an amplitude; the inverse transform multiplies
-// by the frame, so this is left for the way out. It rides on the turns.
-constexpr float kOutScale = 0.5f;
 
 // Wraps an angle; results lie above -pi and reach pi itself.
 float PrincipalArgument(float x)
@@ -37,7 +34,7 @@ VocoderState::VocoderState(int32_t frameSize, int32_t synthesisHop, int32_t anal
     for (VtnfBuffer* buffer : {&spectrum, &turns})
         *buffer = MakeVtnfBuffer(frame);
     for (VtnfBuffer* buffer : {&phase, &prevPhase, &synthPhase, &deviation, &magNow, &magPrev, &magPrev2, &rotation,
-                               &rotCos, &rotSin, &binAdvance})
+                               &peakAngle, &peakCos, &peakSin, &binAdvance})
         *buffer = MakeVtnfBuffer(frame / 2 + 1);
     SetBinAdvance();
 }
@@ -54,8 +51,7 @@ void VocoderState::VocoderReset() noexcept
     }
     for (VtnfBuffer* buffer : {&spectrum, &turns})
         vtnfZero(buffer->get(), frame);
-    for (VtnfBuffer* buffer :
-         {&phase, &prevPhase, &synthPhase, &deviation, &magNow, &magPrev, &magPrev2, &rotation, &rotCos, &rotSin})
+    for (VtnfBuffer* buffer : {&phase, &prevPhase, &synthPhase, &deviation, &magNow, &magPrev, &magPrev2, &rotation})
         vtnfZero(buffer->get(), frame / 2 + 1);
 }
 
@@ -131,22 +127,15 @@ void VocoderState::ShiftInput(Channel& channel, const float* in) noexcept
 // The frame's centre stands at sample 0, so that a phase is the phase at the centre.
 void VocoderState::Analyse(const Channel& channel) noexcept
 {
-    const int32_t half = frame / 2;
-    const float scale = 1.0f / float(half);   // a power of two: it moves no rounding
-    const float *samples = channel.analysisBuf.get(), *weights = window.Weights();
-    float* x = spectrum.get();
-    for (int32_t i = 0; i < half; ++i)
-        x[i] = samples[half + i] * weights[half + i] * scale;
-    for (int32_t i = 0; i < half; ++i)
-        x[half + i] = samples[i] * weights[i] * scale;
-    fft->Forward(x, x);
+    Kernels().WindowZeroPhase(spectrum.get(), channel.analysisBuf.get(), window.Weights(), frame);
+    fft->Forward(spectrum.get(), spectrum.get());
 }
 
 // The levels of DC and Nyquist belong to the channel at hand, all else to channel 0.
 void VocoderState::MeasurePhases(bool first) noexcept
 {
     const int32_t half = frame / 2;
-    const float dc = spectrum[0], nyquist = spectrum[1];
+    const float toAmplitude = 2.0f / float(frame), dc = spectrum[0], nyquist = spectrum[1];
     if (first) {
         float *now = phase.get(), *advance = deviation.get();
         const float *before = prevPhase.get(), *expected = binAdvance.get();
@@ -160,9 +149,10 @@ void VocoderState::MeasurePhases(bool first) noexcept
         std::swap(magPrev2, magPrev);
         std::swap(magPrev, magNow);
         vtnfMagnitude(magNow.get(), spectrum.get(), half);
+        vtnfMulScalar(magNow.get(), toAmplitude, half);
     }
-    magNow[0] = std::fabs(dc) * 0.5f;
-    magNow[size_t(half)] = std::fabs(nyquist) * 0.5f;
+    magNow[0] = std::fabs(dc) * toAmplitude * 0.5f;
+    magNow[size_t(half)] = std::fabs(nyquist) * toAmplitude * 0.5f;
 }
 
 // A stationary peak goes on by what it advanced, stretched; a transient one restarts from the phase that was analysed, and
@@ -183,45 +173,43 @@ void VocoderState::PropagatePhases() noexcept
         float target = PrincipalArgument(advance + synthPhase[k]);
         if (!std::isfinite(target))
             target = phase[k];
-        rotation[k] = target - phase[k];
-        rotCos[k] = std::cos(rotation[k]);
-        rotSin[k] = std::sin(rotation[k]);
+        peakAngle[i] = rotation[k] = target - phase[k];
     }
 }
 
-// Every bin takes the angle of its region's peak.
+// What a region is multiplied by stands at its peak, and makes up for the gain of the transforms there and back. Every bin
+// of channel 0 goes on from the angle of its peak.
 void VocoderState::SpreadTurns() noexcept
 {
-    const int32_t* target = regions.Targets();
-    const float *angle = rotation.get(), *cosine = rotCos.get(), *sine = rotSin.get(), *now = phase.get();
-    float *turn = turns.get(), *given = synthPhase.get();
-    for (int32_t k = 1; k < numBins; ++k) {
-        const int32_t peak = target[k];
-        turn[2 * k] = cosine[peak] * kOutScale;
-        turn[2 * k + 1] = sine[peak] * kOutScale;
-        given[k] = angle[peak] + now[k];
+    const auto peaks = regions.Peaks();
+    Kernels().SinCos(peakSin.get(), peakCos.get(), peakAngle.get(), int32_t(peaks.size()));
+    const float scale = 1.0f / float(frame);
+    for (size_t i = 0; i < peaks.size(); ++i) {
+        const auto k = size_t(peaks[i]);
+        turns[2 * k] = peakCos[i] * scale;
+        turns[2 * k + 1] = peakSin[i] * scale;
     }
+    if (numBins > 1)
+        Kernels().GatherAdd(synthPhase.get() + 1, rotation.get(), regions.Targets() + 1, phase.get() + 1, numBins - 1);
     std::swap(prevPhase, phase);
 }
 
 // DC and Nyquist have no angle to turn and come out with their magnitude.
 void VocoderState::TurnBins() noexcept
 {
-    const int32_t treated = std::max(numBins, 1), half = frame / 2;
+    const int32_t treated = std::max(numBins, 1);
     float* x = spectrum.get();
-    vtnfMulPacked(x, turns.get(), treated);
+    Kernels().RotateBins(x, x, regions.Targets(), turns.get(), 1, treated);
     std::fill(x + 2 * treated, x + frame, 0.0f);
-    x[0] = magNow[0] * 2.0f * kOutScale;
-    x[1] = magNow[size_t(half)] * 2.0f * kOutScale;
+    x[0] = magNow[0];
+    x[1] = magNow[size_t(frame) / 2];
 }
 
 void VocoderState::Synthesise(Channel& channel, float* out) noexcept
 {
-    const int32_t half = frame / 2;
-    float *x = spectrum.get(), *sum = channel.olaBuf.get();
-    fft->Inverse(x, x);
-    vtnfAddProduct(sum, x + half, window.Weights(), half);
-    vtnfAddProduct(sum + half, x, window.Weights() + half, half);
+    float* sum = channel.olaBuf.get();
+    fft->Inverse(spectrum.get(), spectrum.get());
+    Kernels().OverlapAddZeroPhase(sum, spectrum.get(), window.Weights(), frame);
     std::copy_n(sum, hopS, out);
     vtnfMul(out, window.Norm(), hopS);
     std::copy(sum + hopS, sum + frame, sum);

@@ -58,13 +58,14 @@ private:
     std::vector<Channel> channels;
 
     VtnfBuffer spectrum;   // packed, frame floats: one channel after the other passes through here
-    VtnfBuffer turns;      // packed: what channel 0's regions are multiplied by, for every bin
+    VtnfBuffer turns;      // packed, frame floats: what a region is multiplied by, at its peak's bin
 
     // Channel 0, frame/2 + 1 entries each.
     VtnfBuffer phase, prevPhase;   // analysed in this frame and the one before
     VtnfBuffer synthPhase;         // given out in the frame before
     VtnfBuffer deviation;          // instantaneous phase advance over one analysis hop
     VtnfBuffer magNow, magPrev, magPrev2;
-    VtnfBuffer rotation, rotCos, rotSin;   // what a region is turned by, at its peak's bin
-    VtnfBuffer binAdvance;                 // k x hopA x 2 pi / frame
+    VtnfBuffer rotation;                      // what a region is turned by, at its peak's bin
+    VtnfBuffer peakAngle, peakSin, peakCos;   // the same, peak by peak
+    VtnfBuffer binAdvance;                    // k x hopA x 2 pi / frame
 };
