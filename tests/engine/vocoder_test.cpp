@@ -3,7 +3,10 @@
 #include "tests/engine/engine_run.h"
 #include "tests/measure.h"
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
+#include <span>
 
 namespace {
 
@@ -67,6 +70,43 @@ TEST(TensioMC, SilencesWhatLiesAboveItsCutOff)
     const auto steady = std::span(y).subspan(8000, 40000);
     EXPECT_NEAR(2.0 * std::abs(HannProjection(steady, 1000.0 / 44100.0)), 0.25, 0.003);
     EXPECT_LT(2.0 * std::abs(HannProjection(steady, 3000.0 / 44100.0)), 1e-4);
+}
+
+// What would lie above half the rate after the pitch change is not there to fold back.
+TEST(TensioMC, LetsNothingAliasWhenThePitchRises)
+{
+    CTensioMC core(kBlock, 1, 44100.0f, CTensioMC::kCoarse);
+    float pitch = 2.0f;
+    core.SetStretchPitch(1.0f, &pitch, false);
+    Signal x = Tone(90000, 1000.0, 44100.0, 0.25);
+    MixInto(&x, Tone(90000, 15000.0, 44100.0, 0.25));
+    const Signal y = RunCore(core, x);
+    const auto steady = std::span(y).subspan(8000, 40000);
+    EXPECT_NEAR(2.0 * std::abs(HannProjection(steady, 1000.0 * pitch / 44100.0)), 0.25, 0.005);
+    EXPECT_LT(2.0 * std::abs(HannProjection(steady, (44100.0 - 15000.0 * pitch) / 44100.0)), 1e-4);
+}
+
+// Within a row of the hop table only the synthesis hop changes, across rows both.
+TEST(TensioMC, GoesOnAtAChangedStretch)
+{
+    Signal x = Tone(200000, 440.0, 44100.0, 0.25);
+    MixInto(&x, Noise(200000, 5, 5.5e-5f));
+    for (const float changed : {0.4f, 1.4f, 2.0f}) {
+        CTensioMC core(kBlock, 1, 44100.0f, CTensioMC::kCoarse);
+        float stretch = 1.0f;
+        core.SetStretchKeepPitch(&stretch, 1.0f, false);
+        const auto before = double(RunCore(core, Signal(x.begin(), x.begin() + 60000)).size());
+        const double position = core.GetInputPosition();
+        stretch = changed;
+        core.SetStretchKeepPitch(&stretch, 1.0f, false);
+        const Signal after = RunCore(core, x);
+        EXPECT_NEAR(position, before, 3.0);
+        // What was under way at the change, at most a frame, still came out at the old stretch.
+        EXPECT_NEAR(core.GetInputPosition() - position, double(after.size()) / stretch, 4096.0) << changed;
+        const auto fit = FitTone(std::span(after).subspan(20000, 40000), 440.0, 44100.0);
+        EXPECT_NEAR(Cents(fit.frequency / 440.0), 0.0, 0.5) << changed;
+        EXPECT_NEAR(fit.amplitude, 0.25, 0.005) << changed;
+    }
 }
 
 // A change of hops in running audio keeps the level of what is half summed up.
