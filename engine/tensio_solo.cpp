@@ -53,35 +53,48 @@ CtensioSOLO::CtensioSOLO(int32_t blockFrames, int32_t channelCount, float sample
 
 int32_t CtensioSOLO::ProcessData(const float* const in[], int32_t frames, float* const out[]) noexcept
 {
-    if (in) {
-        analysis->ProcessBlock(in, frames);
-    } else {
+    if (!in || inputEnded) {   // behind the end nothing is taken: the list of marks is closed
         frames = 0;
         if (!inputEnded)
             analysis->FinishMarks();
         inputEnded = true;
-    }
-    if (!inputEnded)
+    } else {
+        analysis->ProcessBlock(in, frames);
         PruneMarks();
-
-    for (int32_t produced = 0; produced < outBlock; produced += synthBlock) {
-        for (int32_t c = 0; c < channels; ++c)
-            outPointers[size_t(c)] = out[c] + produced;
-        synthesis->SetBlockOnly(std::min(synthBlock, outBlock - produced));
-        if (synthesis->ProcessData(in, frames, outPointers.data()) != kSuccess)
-            return produced > 0 ? produced : kNoResult;
-        frames = 0;   // the synthesis has taken the input
     }
-    return kSuccess;
+    const bool begun = frames > 0 || marks->GetNumMarks() > 1;
+    const int32_t produced = begun ? FillBlock(in, frames, out) : 0;
+    if (produced >= outBlock)
+        return kSuccess;
+    for (int32_t c = 0; c < channels; ++c)
+        std::fill(out[c] + produced, out[c] + outBlock, 0.0f);
+    return produced > 0 ? produced : kNoResult;
 }
 
-// Never past the mark that the synthesis stands on.
+// Gives the frames written.
+int32_t CtensioSOLO::FillBlock(const float* const in[], int32_t frames, float* const out[]) noexcept
+{
+    int32_t produced = 0;
+    while (produced < outBlock) {
+        const int32_t n = std::min(synthBlock, outBlock - produced);
+        for (int32_t c = 0; c < channels; ++c)
+            outPointers[size_t(c)] = out[c] + produced;
+        synthesis->SetBlockOnly(n);
+        if (synthesis->ProcessData(in, frames, outPointers.data()) != kSuccess)
+            break;
+        produced += n;
+        frames = 0;   // the synthesis has taken the input
+    }
+    return produced;
+}
+
+// In portions, so that a list that is not full costs nothing; never past the mark that the synthesis stands on.
 void CtensioSOLO::PruneMarks() noexcept
 {
-    if (marks->GetNumMarks() <= kPruneAbove || synthesis->GetPreviousMarkIndex() < kPruned)
-        return;
-    marks->KeepLast(marks->GetNumMarks() - kPruned);
-    synthesis->ShiftMarkIndex(-kPruned);
+    while (marks->GetNumMarks() > kPruneAbove && synthesis->GetPreviousMarkIndex() >= kPruned) {
+        marks->KeepLast(marks->GetNumMarks() - kPruned);
+        synthesis->ShiftMarkIndex(-kPruned);
+    }
 }
 
 int32_t CtensioSOLO::DefaultNeeded() const noexcept

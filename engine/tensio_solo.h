@@ -18,7 +18,8 @@ public:
     // mode: kModeSoloistMono or kModeSoloistSpeech. Throws std::bad_alloc.
     CtensioSOLO(int32_t blockFrames, int32_t channels, float sampleRate, int32_t mode);
 
-    // Besides the results of the interface: the number of frames written when the marks end within the block.
+    // Besides the results of the interface: the number of frames written when the marks end within the block. The rest
+    // of the block is then silent. Null in, whatever frames says, is the end of the input, which lasts until Reset.
     int32_t ProcessData(const float* const in[], int32_t frames, float* const out[]) noexcept override;
     int32_t GetFramesNeeded() noexcept override;
     int32_t SetOutputBlockSize(int32_t frames) noexcept override;
@@ -34,6 +35,7 @@ public:
     double GetInputPosition() noexcept override { return 0.0; }
 
 private:
+    int32_t FillBlock(const float* const in[], int32_t frames, float* const out[]) noexcept;
     void PruneMarks() noexcept;
     int32_t DefaultNeeded() const noexcept;
 

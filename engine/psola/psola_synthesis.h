@@ -8,6 +8,10 @@
 // brings more than it has room for, and output store and scratch when a grain is longer than any before.
 #pragma once
 
+#include "engine/psola/grain_fade.h"
+#include "engine/psola/grain_interpolator.h"
+#include "engine/psola/sliding_store.h"
+
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -26,7 +30,8 @@ public:
     // The list has lost its -delta oldest marks.
     virtual void ShiftMarkIndex(int32_t delta) noexcept = 0;
     // Stores frames of in[channel] and writes one output block: kSuccess. kNoResult when no mark lies ahead (the input
-    // stays stored), kOutOfMemory when a store could not grow. in and out may be the same arrays.
+    // stays stored), kOutOfMemory when a store could not grow; out is then silent, as it is before the first input. in
+    // and out may be the same arrays.
     virtual int32_t ProcessData(const float* const in[], int32_t frames, float* const out[]) noexcept = 0;
     virtual int32_t SetOutputBlockSize(int32_t frames) noexcept = 0;   // gives GetFramesNeeded
     // Frames that the next block needs beyond those delivered; kNoResult when the marks at hand do not tell.
@@ -79,33 +84,34 @@ public:
     int32_t GetPreviousMarkIndex() noexcept override { return prevIdx; }
 
 private:
-    void BuildTables();
     int32_t Store(const float* const in[], int32_t frames) noexcept;
     int32_t FillOutput() noexcept;
-    int32_t ChooseMark() noexcept;
+    int32_t ChooseMark() const noexcept;
     int32_t BridgeStart() noexcept;
-    int32_t AddGrain() noexcept;
-    void AddPlainGrain(int32_t channel, int32_t rise, int32_t fall, int32_t spacing) noexcept;
-    void AddResampledGrain(int32_t channel, int32_t rise, int32_t spacing) noexcept;
-    int32_t AddTransient() noexcept;
-    void Advance() noexcept;
     void ReleaseInput() noexcept;
     void HandOut(float* const out[]) noexcept;
-    bool ReserveOutput(int64_t frames) noexcept;
+    bool ReserveOutput(int64_t frames) noexcept { return outRing.Reserve(frames + 1, outEnd + 1); }
+    // Grains, in psola_grains.cpp.
+    int32_t AddGrain() noexcept;
+    void AddPlainGrain(int32_t channel, const float* centre, int32_t rise, int32_t fall, int32_t spacing) noexcept;
+    void AddResampledGrain(int32_t channel, const float* centre, int32_t rise, int32_t spacing) noexcept;
+    int32_t AddTransient() noexcept;
+    int32_t NextAttack() const noexcept;
+    void CopyAttack(int32_t channel, int32_t lead, int32_t run, int32_t fall) noexcept;
     bool ReserveScratch(int64_t frames) noexcept;
     const float* Read(int32_t channel, int64_t first, int32_t count) noexcept;
-    float Interpolate(const float* x, int32_t fraction) const noexcept;
-    float Fade(int32_t i, float step) const noexcept;
 
     CPitchMarks* marks;
     int32_t channels;
     int32_t outBlock;
-    std::vector<std::vector<float>> inRing, outRing;
+    SlidingStore inRing, outRing;
     std::vector<float> scratch;   // a stretch of input with silence where none was received
+    GrainFade fade;
+    GrainInterpolator interpolator;
 
     int32_t inFill = 0;                        // frames in inRing
     int32_t inTotal = 0;                       // frames received: position p is index p - inTotal + inFill
-    int32_t outEnd = 0;                        // end of written output
+    int32_t outEnd = 0;                        // end of written output; the frame at it is 0 or about to be written
     int32_t outReady = 0;                      // frames finished; the rising flank of the next grain starts here
     double readPos = 0.0;                      // input frames, in the coordinates of the marks
     float stretch = 1.0f, invStretch = 1.0f;   // invStretch is 0 while frozen
@@ -116,17 +122,15 @@ private:
     int32_t period = 0;           // of the current mark, input frames
     int32_t markPos = 0;
     int32_t markIdx = 0, prevIdx = 0;
-    int32_t repeats = 1;    // grains in a row that used this mark
-    bool started = false;   // a grain has been made since Reset
+    int32_t repeats = 1;      // grains in a row that used this mark
+    bool started = false;     // a grain has been made since Reset
+    bool tailFaded = false;   // the last grain fades out by itself
     bool inTransient = false;
     int32_t lastTransientPos = 0;
-    int32_t filterStep = 0;   // 1/128 table entries per input frame
-    float interpGain = 0.0f;
     bool interpolate = true;
     bool transientGrains = false;
     float transientThreshold = 0.7f;
     int32_t maxMarkDistance = 1024;   // frames
-    std::vector<float> sincTable, sincDelta, fadeTable;
 };
 
 }   // namespace PSOLASynthForTensioPro
