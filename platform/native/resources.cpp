@@ -197,7 +197,7 @@ int LoadStringW(HINSTANCE hInstance, UINT nId, LPWSTR psz, int cch)
         return int(text.size());
     }
     const size_t fits = std::min(text.size(), size_t(cch) - 1);
-    std::memcpy(psz, text.data(), fits * sizeof(WCHAR));
+    std::copy_n(text.data(), fits, psz);
     psz[fits] = 0;
     return int(fits);
 }
