@@ -97,14 +97,5 @@ void Cubic(float* const* out, const float* const* x, int32_t channels, double po
 }   // namespace
 
 constinit const VectorKernels kKernelsPortable = {
-    .SinCos = SinCos,
-    .RotateBins = RotateBins,
-    .GatherAdd = GatherAdd,
-    .CorrelationProduct = CorrelationProduct,
-    .WindowZeroPhase = WindowZeroPhase,
-    .OverlapAddZeroPhase = OverlapAddZeroPhase,
-    .OverlapAdd = OverlapAdd,
-    .Interleave = Interleave,
-    .Deinterleave = Deinterleave,
-    .Cubic = Cubic,
+#include "dsp/kernels_entries.inl"
 };

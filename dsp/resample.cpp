@@ -1,5 +1,6 @@
 #include "dsp/resample.h"
 
+#include "dsp/kaiser_sinc.h"
 #include "dsp/resample_tap.h"
 #include "dsp/status.h"
 
@@ -7,7 +8,6 @@
 #include <cmath>
 #include <cstring>
 #include <new>
-#include <numbers>
 
 namespace {
 
@@ -16,24 +16,12 @@ constexpr double kMinRatio = 1.0 / 1000.0;   // the headroom is laid out for it
 constexpr int32_t kSpareFrames = 8;          // of the history, for the frame or two that rounding may ask for
 constexpr double kGain = 0.99;               // leaves room for the filter's overshoot
 
-// Modified Bessel function of order 0 by its power series.
-double BesselI0(double y)
-{
-    double sum = 1.0, term = 1.0;
-    for (int32_t k = 1; term >= 1e-21 * sum; ++k) {
-        const double factor = y / (2.0 * k);
-        term *= factor * factor;
-        sum += term;
-    }
-    return sum;
-}
-
 }   // namespace
 
 // ---- the road of a call, in frames ------------------------------------------------------------------------------------
 
 CResampleBase::CResampleBase(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair)
-    : tableLength(kSamplesPerCrossing * quality), rolloff(0.9f + float(quality) * 0.00078125f),
+    : tableLength(kSincPerCrossing * quality), rolloff(0.9f + float(quality) * 0.00078125f),
       halfTaps((tableLength / 128 + 2) / 2), maxFramesPerCall(maxFrames), channelsAtCreation(maxChannels),
       headroom(ptrdiff_t(halfTaps * 1000 + 1) * maxChannels), channels(maxChannels), pairMode(pair)
 {
@@ -54,17 +42,6 @@ void CResampleBase::Rewind() noexcept
 size_t CResampleBase::HistorySamples() const noexcept
 {
     return size_t(headroom) * 2 + (size_t(halfTaps) * 2 + size_t(maxFramesPerCall) + kSpareFrames) * size_t(channels);
-}
-
-// Kaiser-windowed sinc, cut off at rolloff times Nyquist.
-double CResampleBase::FilterValue(int32_t i, int32_t n, float rolloff, float kaiserBeta)
-{
-    if (i == 0)
-        return rolloff;
-    const double x = double(i) / kSamplesPerCrossing;
-    const double edge = double(i) / (n - 1);
-    const double sinc = std::sin(rolloff * std::numbers::pi * x) / (std::numbers::pi * x);
-    return sinc * BesselI0(kaiserBeta * std::sqrt(std::max(0.0, 1.0 - edge * edge))) / BesselI0(kaiserBeta);
 }
 
 int32_t CResampleBase::InputFramesFor(int32_t outFrames, float inRate, float outRate) const noexcept
@@ -104,7 +81,7 @@ CResampleBase::Pass CResampleBase::PlanPass(double ratio) noexcept
     pass.ratio = ratio;
     pass.step = 1.0 / ratio;
     pass.scale = ratio >= 1.0 ? kGain : kGain * ratio;
-    pass.filterStep = int32_t(std::floor(std::min(1.0, ratio) * kSamplesPerCrossing * kTableSteps + 0.5));
+    pass.filterStep = int32_t(std::floor(std::min(1.0, ratio) * kSincPerCrossing * kTableSteps + 0.5));
     pass.frames = firstCall ? pending - xOff : pending;
     firstCall = false;
     return pass;

@@ -59,7 +59,6 @@ protected:
     CResampleBase(int32_t quality, int32_t maxFrames, int32_t maxChannels, bool pair);
     // Fills table and deltas with the first n entries of a filter of n / 256 zero crossings a wing.
     virtual void BuildFilterTable(int32_t n) = 0;
-    static double FilterValue(int32_t i, int32_t n, float rolloff, float kaiserBeta);
 
     bool Accepts(float inRate, float outRate, int32_t channelCount, int32_t frames) const noexcept;
     size_t HistorySamples() const noexcept;
@@ -70,8 +69,7 @@ protected:
     int32_t FinishPass(const Pass& pass) noexcept;
     void Rewind() noexcept;
 
-    int32_t tableLength;   // entries of one wing: quality zero crossings
-    static constexpr int32_t kSamplesPerCrossing = 256;
+    int32_t tableLength;       // entries of one wing: quality zero crossings
     float rolloff;             // corner of the filter, of Nyquist
     float kaiserBeta = 9.0f;   // stop band near -90 dB, were the wing long enough
     int32_t halfTaps;          // frames that a wing reaches at ratio 1, and one to spare

@@ -1,4 +1,6 @@
+#include "dsp/kaiser_sinc.h"
 #include "dsp/resample.h"
+
 #include "dsp/resample_tap.h"
 
 namespace {
@@ -97,7 +99,7 @@ void CResampleFloat::BuildFilterTable(int32_t n)
     table.resize(size_t(n));
     deltas.resize(size_t(n));
     for (int32_t i = 0; i < n; ++i)
-        table[size_t(i)] = float(FilterValue(i, n, rolloff, kaiserBeta));
+        table[size_t(i)] = float(KaiserSinc(i, n, rolloff, kaiserBeta));
     for (int32_t i = 0; i + 1 < n; ++i)
         deltas[size_t(i)] = table[size_t(i) + 1] - table[size_t(i)];
 }

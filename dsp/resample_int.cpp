@@ -1,4 +1,6 @@
+#include "dsp/kaiser_sinc.h"
 #include "dsp/resample.h"
+
 #include "dsp/resample_tap.h"
 
 #include <algorithm>
@@ -15,7 +17,7 @@ void CResampleInt::BuildFilterTable(int32_t n)
     table.resize(size_t(n));
     deltas.resize(size_t(n));
     for (int32_t i = 0; i < n; ++i)
-        table[size_t(i)] = int16_t(std::rint(FilterValue(i, n, rolloff, kaiserBeta) * 32767.0));
+        table[size_t(i)] = int16_t(std::rint(KaiserSinc(i, n, rolloff, kaiserBeta) * 32767.0));
     for (int32_t i = 0; i + 1 < n; ++i)
         deltas[size_t(i)] = int16_t(table[size_t(i) + 1] - table[size_t(i)]);
 }

@@ -11,14 +11,5 @@ namespace {
 }   // namespace
 
 constinit const VectorKernels kKernelsAvx512 = {
-    .SinCos = SinCos,
-    .RotateBins = RotateBins,
-    .GatherAdd = GatherAdd,
-    .CorrelationProduct = CorrelationProduct,
-    .WindowZeroPhase = WindowZeroPhase,
-    .OverlapAddZeroPhase = OverlapAddZeroPhase,
-    .OverlapAdd = OverlapAdd,
-    .Interleave = Interleave,
-    .Deinterleave = Deinterleave,
-    .Cubic = Cubic,
+#include "dsp/kernels_entries.inl"
 };

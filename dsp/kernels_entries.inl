@@ -1,0 +1,11 @@
+// The vector kernels of a class of processor, from the functions in scope.
+    .SinCos = SinCos,
+    .RotateBins = RotateBins,
+    .GatherAdd = GatherAdd,
+    .CorrelationProduct = CorrelationProduct,
+    .WindowZeroPhase = WindowZeroPhase,
+    .OverlapAddZeroPhase = OverlapAddZeroPhase,
+    .OverlapAdd = OverlapAdd,
+    .Interleave = Interleave,
+    .Deinterleave = Deinterleave,
+    .Cubic = Cubic,
