@@ -77,10 +77,17 @@ inline constexpr LONG ERROR_REGISTRY_CORRUPT = 1015;
 inline constexpr LONG ERROR_REGISTRY_IO_FAILED = 1016;
 inline constexpr LONG ERROR_KEY_DELETED = 1018;
 inline constexpr LONG ERROR_NO_UNICODE_TRANSLATION = 1113;
+inline constexpr LONG ERROR_INVALID_WINDOW_HANDLE = 1400;
+inline constexpr LONG ERROR_CANNOT_FIND_WND_CLASS = 1407;
+inline constexpr LONG ERROR_CLASS_ALREADY_EXISTS = 1410;
+inline constexpr LONG ERROR_CLASS_DOES_NOT_EXIST = 1411;
+inline constexpr LONG ERROR_CLASS_HAS_WINDOWS = 1412;
+inline constexpr LONG ERROR_INVALID_INDEX = 1413;
 inline constexpr LONG ERROR_RESOURCE_DATA_NOT_FOUND = 1812;
 inline constexpr LONG ERROR_RESOURCE_TYPE_NOT_FOUND = 1813;
 inline constexpr LONG ERROR_RESOURCE_NAME_NOT_FOUND = 1814;
 inline constexpr LONG ERROR_RESOURCE_LANG_NOT_FOUND = 1815;
+inline constexpr LONG ERROR_NOT_ENOUGH_QUOTA = 1816;
 
 // A Win32 code as a failure; 0 stays S_OK, and what is an HRESULT already stays as it is.
 constexpr HRESULT HRESULT_FROM_WIN32(DWORD code)
