@@ -1,4 +1,4 @@
-// Streams.
+// Streams, and what tells its class.
 #pragma once
 
 #include <unknwn.h>
@@ -32,6 +32,14 @@ struct STATSTG {
     DWORD reserved;
 };
 
+class IPersist : public IUnknown {
+public:
+    virtual HRESULT GetClassID(CLSID* pClassId) = 0;
+
+protected:
+    ~IPersist() = default;
+};
+
 class ISequentialStream : public IUnknown {
 public:
     // Reading at the end gives S_OK and fewer bytes, perhaps none. The counts may be null.
@@ -58,6 +66,7 @@ protected:
     ~IStream() = default;
 };
 
+inline constexpr IID IID_IPersist = {0x0000010C, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 inline constexpr IID IID_ISequentialStream = {
     0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};
 inline constexpr IID IID_IStream = {0x0000000C, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};

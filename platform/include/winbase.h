@@ -5,6 +5,8 @@
 
 #include <cstdarg>
 
+inline constexpr DWORD INFINITE = 0xFFFFFFFF;   // milliseconds: for ever
+
 inline constexpr UINT GMEM_FIXED = 0x0000;
 inline constexpr UINT GMEM_MOVEABLE = 0x0002;
 inline constexpr UINT GMEM_ZEROINIT = 0x0040;

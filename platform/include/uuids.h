@@ -1,0 +1,29 @@
+// Kinds of media, formats and time formats.
+#pragma once
+
+#include <guiddef.h>
+
+inline constexpr GUID MEDIATYPE_NULL = GUID_NULL;
+inline constexpr GUID MEDIASUBTYPE_NULL = GUID_NULL;
+inline constexpr GUID TIME_FORMAT_NONE = GUID_NULL;
+
+// Made of a four-character code or a format tag.
+#define QX_MEDIA_GUID(name, first)                                                                                     \
+    inline constexpr GUID name = {first, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}}
+QX_MEDIA_GUID(MEDIATYPE_Video, 0x73646976);
+QX_MEDIA_GUID(MEDIATYPE_Audio, 0x73647561);
+QX_MEDIA_GUID(MEDIASUBTYPE_PCM, 0x00000001);
+QX_MEDIA_GUID(MEDIASUBTYPE_IEEE_FLOAT, 0x00000003);
+#undef QX_MEDIA_GUID
+
+inline constexpr GUID FORMAT_None = {0x0F6417D6, 0xC318, 0x11D0, {0xA4, 0x3F, 0x00, 0xA0, 0xC9, 0x22, 0x31, 0x96}};
+inline constexpr GUID FORMAT_WaveFormatEx = {
+    0x05589F81, 0xC356, 0x11CE, {0xBF, 0x01, 0x00, 0xAA, 0x00, 0x55, 0x59, 0x5A}};
+
+inline constexpr GUID TIME_FORMAT_SAMPLE = {
+    0x7B785572, 0x8C82, 0x11CF, {0xBC, 0x0C, 0x00, 0xAA, 0x00, 0xAC, 0x74, 0xF6}};
+inline constexpr GUID TIME_FORMAT_MEDIA_TIME = {
+    0x7B785574, 0x8C82, 0x11CF, {0xBC, 0x0C, 0x00, 0xAA, 0x00, 0xAC, 0x74, 0xF6}};
+
+inline constexpr CLSID CLSID_FilterGraph = {
+    0xE436EBB3, 0x524F, 0x11CE, {0x9F, 0x53, 0x00, 0x20, 0xAF, 0x0B, 0xA7, 0x70}};
