@@ -58,6 +58,11 @@ inline constexpr UINT PM_REMOVE = 1;
 inline constexpr int GWLP_USERDATA = -21;
 #define HWND_MESSAGE (reinterpret_cast<HWND>(LONG_PTR(-3)))
 
+constexpr WPARAM MAKEWPARAM(WORD low, WORD high)
+{
+    return WPARAM(DWORD(low) | DWORD(high) << 16);
+}
+
 using WNDPROC = LRESULT (*)(HWND, UINT, WPARAM, LPARAM);
 
 struct WNDCLASSEXW {
