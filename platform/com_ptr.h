@@ -41,3 +41,22 @@ public:
 private:
     T* pObject = nullptr;
 };
+
+// Shares an object: one more reference to it.
+template <class T>
+ComPtr<T> Share(T* p)
+{
+    if (p)
+        p->AddRef();
+    return ComPtr<T>(p);
+}
+
+// Another interface of an object; empty when it has none of that id.
+template <class T>
+ComPtr<T> Query(IUnknown* p, REFIID riid)
+{
+    void* found = nullptr;
+    if (!p || FAILED(p->QueryInterface(riid, &found)))
+        return {};
+    return ComPtr<T>(static_cast<T*>(found));
+}
