@@ -15,8 +15,7 @@
 #include <vector>
 
 // The time format of curves: ticks of 100 ns.
-inline constexpr GUID kTimeReference = {
-    0x93AD712B, 0xDAA0, 0x4FFE, {0xBC, 0x81, 0xB0, 0xCE, 0x50, 0x0F, 0xCD, 0xD9}};
+inline constexpr GUID kTimeReference = {0x93AD712B, 0xDAA0, 0x4FFE, {0xBC, 0x81, 0xB0, 0xCE, 0x50, 0x0F, 0xCD, 0xD9}};
 inline constexpr DWORD kAllParams = 0xFFFFFFFF;   // in place of an index
 
 class CQxPlugInParams : public IMediaParamInfo, public IMediaParams, public IMediaParamsSetUICallback {
