@@ -71,19 +71,21 @@ int32_t CtensioSOLO::ProcessData(const float* const in[], int32_t frames, float*
     return produced > 0 ? produced : kNoResult;
 }
 
-// Gives the frames written.
+// Gives the frames written. While input still comes, no grain is made before the marks around its place are known: the
+// newest one would have to serve for all times behind it, and the output would run ahead of the input.
 int32_t CtensioSOLO::FillBlock(const float* const in[], int32_t frames, float* const out[]) noexcept
 {
+    synthesis->SetBlockOnly(0);
+    int32_t status = synthesis->ProcessData(in, frames, out);   // stores the input
     int32_t produced = 0;
-    while (produced < outBlock) {
+    while (status == kSuccess && produced < outBlock) {
         const int32_t n = std::min(synthBlock, outBlock - produced);
         for (int32_t c = 0; c < channels; ++c)
             outPointers[size_t(c)] = out[c] + produced;
-        synthesis->SetBlockOnly(n);
-        if (synthesis->ProcessData(in, frames, outPointers.data()) != kSuccess)
+        if (synthesis->SetOutputBlockSize(n) < 0 && !inputEnded)
             break;
-        produced += n;
-        frames = 0;   // the synthesis has taken the input
+        status = synthesis->ProcessData(nullptr, 0, outPointers.data());
+        produced += status == kSuccess ? n : 0;
     }
     return produced;
 }

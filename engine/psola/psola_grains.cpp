@@ -22,11 +22,10 @@ int32_t Rounded(double x)
 
 int32_t CPSOLASynthesis::AddGrain() noexcept
 {
-    const float t = float(period) * invPitch;
-    const int32_t spacing = std::max(Rounded(double(t)), 1);   // below half a frame grains would stand still
+    const int32_t spacing = SpacingOf(period);
     const bool resampled = interpolate && pitch != 1.0f;
     const int32_t rise = resampled || pitch >= 1.0f ? hop : std::min(hop, int32_t(float(hop) * pitch));
-    const auto fall = int32_t(std::min(float(period), t));
+    const auto fall = int32_t(std::min(float(period), float(period) * invPitch));
     const int32_t reach = resampled ? interpolator.Reach() : 0;
     const int32_t before = resampled ? Rounded(double(rise) * double(pitch)) + reach : rise;
     const int32_t after = resampled ? Rounded(double(spacing) * double(pitch)) + 1 + reach : fall;
@@ -45,7 +44,7 @@ int32_t CPSOLASynthesis::AddGrain() noexcept
     repeats = markIdx == prevIdx ? repeats + 1 : 1;
     prevIdx = markIdx;
     hop = spacing;
-    readPos += double(invStretch) * double(t);
+    readPos += double(invStretch) * spacing;
     return kSuccess;
 }
 

@@ -135,9 +135,9 @@ int32_t CPSOLASynthesis::GetFramesNeeded() noexcept
         need = std::max(need, marks->GetPosition(i) + reach - inTotal);
         previous = i;
         ready += step;
-        const float t = float(length) * invPitch;
-        step = std::max(int32_t(std::floor(double(t) + 0.5)), 2);
-        position += double(invStretch) * t;
+        const int32_t spacing = SpacingOf(length);
+        step = std::max(spacing, 2);
+        position += double(invStretch) * spacing;
     }
     return need;
 }
@@ -199,6 +199,12 @@ int32_t CPSOLASynthesis::ChooseMark() const noexcept
     if (transientGrains && i - 1 > prevIdx && marks->GetTransient(i - 1) > transientThreshold)
         return i - 1;
     return i;
+}
+
+// Output frames from a grain's centre to the next one's. Below half a frame grains would stand still.
+int32_t CPSOLASynthesis::SpacingOf(int32_t periodFrames) const noexcept
+{
+    return std::max(int32_t(std::floor(double(float(periodFrames) * invPitch) + 0.5)), 1);
 }
 
 // Input starts at time 0: a stream that is read from before it begins with that much silence, so that the first mark

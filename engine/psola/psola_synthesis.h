@@ -1,6 +1,8 @@
 // Pitch-synchronous overlap-add (Moulines and Charpentier 1990). For every output grain the mark nearest to a running
 // read position is looked up, and the signal around it is crossfaded into the output, one output period behind the grain
 // before. The read position moves by that distance divided by the stretch, so marks are used more than once or skipped.
+// The distance is a whole number of frames, and so the read position counts it: what rounding adds to a period would pile
+// up otherwise, 2 % for a period of 24.5 frames, and the stream would leave its time.
 //   plain grains      repeat the waveform of a period at another spacing: the spectral envelope stays
 //   resampled grains  read it at the pitch as well: the envelope moves with the pitch
 // All channels share the marks, so grains are cut at the same places in every channel.
@@ -87,6 +89,7 @@ private:
     int32_t Store(const float* const in[], int32_t frames) noexcept;
     int32_t FillOutput() noexcept;
     int32_t ChooseMark() const noexcept;
+    int32_t SpacingOf(int32_t periodFrames) const noexcept;
     int32_t BridgeStart() noexcept;
     void ReleaseInput() noexcept;
     void HandOut(float* const out[]) noexcept;

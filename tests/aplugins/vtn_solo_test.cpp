@@ -61,6 +61,27 @@ TEST_P(VtnSolo, KeepsItsPromiseForEveryRateChannelCountAndBlock)
             }
 }
 
+// Periods that round the same way for as long as a tone lasts, and strong compression, where a grain stands for many
+// periods of input: neither may let the output leave its time. What was given too early could not be taken back.
+TEST_P(VtnSolo, StaysInTimeOverLongTones)
+{
+    static constexpr struct {
+        int32_t period;   // frames
+        double stretch, semitones;
+    } kCases[] = {{49, 1.5, 12.0}, {147, 1.0, 12.0}, {333, 0.4, 12.0}, {455, 0.1, 3.0}, {455, 0.1, -5.0}};
+    for (const auto& c : kCases)
+        for (const int32_t frames : {441000, 397123}) {
+            Signal in(size_t(frames), 0.0f);
+            for (size_t i = 0; i < in.size(); ++i)   // a sawtooth
+                in[i] = 0.3f - 0.6f * float(i % size_t(c.period)) / float(c.period);
+            CVtn vtn(1, 44100.0f, 2048);
+            Start(vtn, Record(100.0 * c.stretch, c.semitones, GetParam()));
+            const auto promised = int64_t(vtn.GetStretch() * double(frames));
+            EXPECT_EQ(int64_t(RunDriver(vtn, in, 1).size()), promised) << c.period << " frames, stretch " << c.stretch;
+            EXPECT_EQ(vtn.FramesPadded(), 0) << c.period << " frames, stretch " << c.stretch;
+        }
+}
+
 // A minute with settings that change at random: finite, bounded, drained, and without the heap once it has settled.
 TEST_P(VtnSolo, SoaksWithoutTheHeap)
 {
