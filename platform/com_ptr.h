@@ -52,8 +52,8 @@ ComPtr<T> Share(T* p)
 }
 
 // Another interface of an object; empty when it has none of that id.
-template <class T>
-ComPtr<T> Query(IUnknown* p, REFIID riid)
+template <class T, class From>
+ComPtr<T> Query(From* p, REFIID riid)
 {
     void* found = nullptr;
     if (!p || FAILED(p->QueryInterface(riid, &found)))

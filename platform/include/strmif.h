@@ -223,7 +223,6 @@ public:
     virtual HRESULT ConnectDirect(IPin* pOut, IPin* pIn, const AM_MEDIA_TYPE* pType) = 0;   // null: negotiate
     virtual HRESULT Reconnect(IPin* pPin) = 0;
     virtual HRESULT Disconnect(IPin* pPin) = 0;
-    virtual HRESULT SetDefaultSyncSource() = 0;
 
 protected:
     ~IFilterGraph() = default;

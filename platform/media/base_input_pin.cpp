@@ -90,8 +90,8 @@ HRESULT CBaseInputPin::TakeTypeChange(IMediaSample* pSample)
         hr = CheckMediaType(&type) == S_OK ? SetMediaType(&type) : VFW_E_INVALIDMEDIATYPE;
     if (SUCCEEDED(hr))
         return S_OK;
-    failed = true;
     EndOfStream();
+    failed = true;
     filter->NotifyEvent(EC_ERRORABORT, VFW_E_TYPE_NOT_ACCEPTED, 0);
     return VFW_E_INVALIDMEDIATYPE;
 }

@@ -85,9 +85,12 @@ try {
     const auto count = size_t(granted.cBuffers);
     if (count > PTRDIFF_MAX / stride)
         return E_OUTOFMEMORY;
+    memory.reset(static_cast<BYTE*>(::operator new(count* stride, std::align_val_t(align), std::nothrow)));
+    memory.get_deleter().align = align;
+    if (!memory)
+        return E_OUTOFMEMORY;
     idle.reserve(count);
     samples.reserve(count);
-    memory = {static_cast<BYTE*>(::operator new(count* stride, std::align_val_t(align))), FreeAligned{align}};
     for (size_t i = 0; i < count; ++i) {
         BYTE* const buffer = memory.get() + i * stride + lead;
         samples.push_back(std::make_unique<CMediaSample>(this, buffer, granted.cbBuffer));

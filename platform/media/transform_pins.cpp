@@ -64,7 +64,7 @@ HRESULT CTransformInputPin::Receive(IMediaSample* pSample)
 HRESULT CTransformInputPin::EndOfStream()
 {
     const std::scoped_lock lock(transform->ReceiveLock());
-    if (const HRESULT hr = CheckStreaming(); hr != S_OK && hr != VFW_E_RUNTIME_ERROR)
+    if (const HRESULT hr = CheckStreaming(); hr != S_OK)
         return hr;
     return transform->EndOfStream();
 }

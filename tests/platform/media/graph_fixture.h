@@ -1,0 +1,98 @@
+// A graph of source, filter and sink.
+#pragma once
+
+#include "tests/platform/media/streams.h"
+
+#include <gtest/gtest.h>
+
+#ifdef _WIN32
+#include <objbase.h>
+#endif
+
+constexpr LONG kLongWait = 20'000;   // ms: what hangs fails instead
+
+class GraphTest : public testing::Test {
+protected:
+    GraphTest()
+    {
+#ifdef _WIN32
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+#endif
+        objectsBefore = CUnknown::ObjectsActive();
+        EXPECT_EQ(CreateFilterGraph(graph.Out()), S_OK);
+        control = Query<IMediaControl>(graph.Get(), IID_IMediaControl);
+        events = Query<IMediaEvent>(graph.Get(), IID_IMediaEvent);
+    }
+    ~GraphTest() override
+    {
+        control->Stop();
+        events = {};
+        control = {};
+        graph = {};
+        source = {};
+        transform = {};
+        sink = {};
+        EXPECT_EQ(CUnknown::ObjectsActive(), objectsBefore) << "objects are left";
+#ifdef _WIN32
+        CoUninitialize();
+#endif
+    }
+
+    // All three filters, connected.
+    void Build(int32_t count, int copies = 1)
+    {
+        Add(count, copies);
+        ASSERT_EQ(graph->ConnectDirect(source->GetPin(0), transform->GetPin(0), nullptr), S_OK);
+        ASSERT_EQ(graph->ConnectDirect(transform->GetPin(1), sink->GetPin(0), nullptr), S_OK);
+    }
+    void Add(int32_t count, int copies = 1)
+    {
+        source = Owned(new TestSource(count));
+        transform = Owned(new TestTransform(copies));
+        sink = Owned(new TestSink);
+        ASSERT_EQ(graph->AddFilter(source.Get(), TEXT("source")), S_OK);
+        ASSERT_EQ(graph->AddFilter(transform.Get(), TEXT("filter")), S_OK);
+        ASSERT_EQ(graph->AddFilter(sink.Get(), TEXT("sink")), S_OK);
+    }
+    LONG AwaitEnd()
+    {
+        LONG code = 0;
+        EXPECT_EQ(events->WaitForCompletion(kLongWait, &code), S_OK);
+        return code;
+    }
+    // Waits for the first event of this code and gives its first parameter.
+    HRESULT AwaitEvent(LONG wanted)
+    {
+        LONG code = 0;
+        LONG_PTR a = 0, b = 0;
+        while (events->GetEvent(&code, &a, &b, kLongWait) == S_OK) {
+            events->FreeEventParams(code, a, b);
+            if (code == wanted)
+                return HRESULT(a);
+        }
+        ADD_FAILURE() << "no event " << wanted;
+        return E_FAIL;
+    }
+    // One fault may be told by more than one filter.
+    void DropEvents()
+    {
+        LONG code = 0;
+        LONG_PTR a = 0, b = 0;
+        while (events->GetEvent(&code, &a, &b, 0) == S_OK)
+            events->FreeEventParams(code, a, b);
+    }
+    FILTER_STATE StateOf(IBaseFilter* filter)
+    {
+        FILTER_STATE state = State_Running;
+        filter->GetState(0, &state);
+        return state;
+    }
+
+    LONG objectsBefore = 0;
+    ComPtr<IGraphBuilder> graph;
+    ComPtr<IMediaControl> control;
+    ComPtr<IMediaEvent> events;
+    ComPtr<TestSource> source;
+    ComPtr<TestTransform> transform;
+    ComPtr<TestSink> sink;
+};
