@@ -8,8 +8,8 @@ cd "$(dirname "$0")"
 fuzz() {
     local log corpus target
     need_packages "${build_packages[@]}" "${fuzz_packages[@]}"
-    build_preset fuzz --target fuzz_print fuzz_res
-    for target in print res; do
+    build_preset fuzz --target fuzz_load fuzz_print fuzz_res
+    for target in load print res; do
         log=$(mktemp)
         corpus=$(mktemp -d)
         if ! (cd "$corpus" && "$OLDPWD/build/fuzz/fuzz/fuzz_$target" -max_total_time=60 -max_len=4096 -timeout=10 \

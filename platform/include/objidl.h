@@ -66,7 +66,20 @@ protected:
     ~IStream() = default;
 };
 
+// An object that keeps its state in a stream, at the stream's position.
+class IPersistStream : public IPersist {
+public:
+    virtual HRESULT IsDirty() = 0;   // S_OK: changed since it was saved, else S_FALSE
+    virtual HRESULT Load(IStream* pStream) = 0;
+    virtual HRESULT Save(IStream* pStream, BOOL bClearDirty) = 0;
+    virtual HRESULT GetSizeMax(ULARGE_INTEGER* pcbSize) = 0;   // bytes
+
+protected:
+    ~IPersistStream() = default;
+};
+
 inline constexpr IID IID_IPersist = {0x0000010C, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr IID IID_IPersistStream = {0x00000109, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 inline constexpr IID IID_ISequentialStream = {
     0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};
 inline constexpr IID IID_IStream = {0x0000000C, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};

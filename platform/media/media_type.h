@@ -25,6 +25,7 @@ public:
     void Reset();
 
     bool operator==(const AM_MEDIA_TYPE& other) const;
+    bool operator==(const CMediaType& other) const { return *this == static_cast<const AM_MEDIA_TYPE&>(other); }
 
     // Null ids stand for "any".
     bool IsPartiallySpecified() const { return majortype == GUID_NULL || formattype == GUID_NULL; }
