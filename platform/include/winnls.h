@@ -73,8 +73,8 @@ inline constexpr DWORD LCID_SUPPORTED = 2;
 // Characters with the terminator; the size needed for cch 0; 0 on failure. With LOCALE_RETURN_NUMBER a DWORD is written,
 // and cch, 2 or more, is again the room in characters.
 int GetLocaleInfoW(LCID lcid, LCTYPE type, LPWSTR pszOut, int cch);
-// pszValue: digits, one '.' and a leading '-', nothing else. One of dwFlags and pFormat is 0; both 0 take the locale's.
-// Rounds half away from zero. Characters with the terminator; the size needed for cch 0; 0 on failure.
+// pszValue: digits, one '.' and a leading '-', nothing else. pFormat says all, so dwFlags is 0. Rounds half away from
+// zero. Characters with the terminator; the size needed for cch 0; 0 on failure.
 int GetNumberFormatW(LCID lcid, DWORD dwFlags, LPCWSTR pszValue, const NUMBERFMTW* pFormat, LPWSTR pszOut, int cch);
 int CompareStringW(LCID lcid, DWORD dwFlags, LPCWSTR pA, int cchA, LPCWSTR pB, int cchB);
 

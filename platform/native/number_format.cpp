@@ -1,5 +1,6 @@
-#include "platform/native/locale_info.h"
+#include "platform/native/locale_name.h"
 #include "platform/native/refusal.h"
+#include "platform/native/wide_text.h"
 
 #include <winnls.h>
 
@@ -114,53 +115,18 @@ bool IsValid(const NUMBERFMTW& format)
            format.NegativeOrder <= kMaxNegativeOrder && format.lpDecimalSep && format.lpThousandSep;
 }
 
-UINT NumberOf(LCID lcid, LCTYPE type)
-{
-    const auto item = LocaleItem(lcid, type);
-    return item && !item->empty() ? UINT(item->front() - '0') : 0;
-}
-
-// "3;2;0" as 32, "3;0" as 3.
-UINT PackedGrouping(WideView text)
-{
-    UINT packed = 0;
-    for (const WCHAR c : text)
-        packed = c >= '1' && c <= '9' ? packed * 10 + UINT(c - '0') : packed;
-    return packed;
-}
-
-int FormatByLocale(LCID lcid, PlainNumber number, WideString& out)
-{
-    auto decimal = LocaleItem(lcid, LOCALE_SDECIMAL), thousand = LocaleItem(lcid, LOCALE_STHOUSAND);
-    const auto grouping = LocaleItem(lcid, LOCALE_SGROUPING);
-    if (!decimal || !thousand || !grouping)
-        return ERROR_INVALID_PARAMETER;
-    const NUMBERFMTW format = {NumberOf(lcid, LOCALE_IDIGITS),
-                               NumberOf(lcid, LOCALE_ILZERO),
-                               PackedGrouping(*grouping),
-                               decimal->data(),
-                               thousand->data(),
-                               NumberOf(lcid, LOCALE_INEGNUMBER)};
-    out = Format(std::move(number), format);
-    return ERROR_SUCCESS;
-}
-
 }   // namespace
 
 int GetNumberFormatW(LCID lcid, DWORD dwFlags, LPCWSTR pszValue, const NUMBERFMTW* pFormat, LPWSTR pszOut, int cch)
 {
-    if (!pszValue || cch < 0 || (cch > 0 && !pszOut) || (pFormat && !IsValid(*pFormat)))
+    if (!pszValue || cch < 0 || (cch > 0 && !pszOut) || !pFormat || !IsValid(*pFormat) || LocaleName(lcid).empty())
         return Refuse<int>(ERROR_INVALID_PARAMETER);
-    if (dwFlags & ~LOCALE_NOUSEROVERRIDE || (pFormat && dwFlags))
-        return Refuse<int>(ERROR_INVALID_FLAGS);
+    if (dwFlags)
+        return Refuse<int>(ERROR_INVALID_FLAGS);   // a format and the locale's own settings exclude each other
     PlainNumber number;
     if (!Parse(pszValue, number))
         return Refuse<int>(ERROR_INVALID_PARAMETER);
-    WideString out;
-    if (pFormat)
-        out = Format(std::move(number), *pFormat);
-    else if (const int code = FormatByLocale(lcid, std::move(number), out))
-        return Refuse<int>(DWORD(code));
+    const WideString out = Format(std::move(number), *pFormat);
     const int needed = int(out.size()) + 1;
     if (cch == 0)
         return needed;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
@@ -164,18 +165,26 @@ TEST(CriticalSection, IsRecursiveAndKeepsOthersOut)
 
 TEST(LastError, BelongsToItsThread)
 {
-    SetLastError(42);
-    DWORD other = 42, otherId = GetCurrentThreadId();
-    std::thread([&] {
+    DWORD other = 42, otherId = 0;
+    std::atomic<int> turn = 0;
+    std::thread thread([&] {
+        while (turn != 1)
+            Sleep(0);
         other = GetLastError();
         otherId = GetCurrentThreadId();
         SetLastError(7);
-    }).join();
+        turn = 2;
+    });
+    SetLastError(42);
+    turn = 1;
+    while (turn != 2) {   // no call of the system in between, which might set it
+    }
+    const DWORD own = GetLastError();
+    thread.join();
+    EXPECT_EQ(own, 42u);
     EXPECT_NE(other, 42u);
-    EXPECT_EQ(GetLastError(), 42u);
     EXPECT_NE(otherId, GetCurrentThreadId());
     EXPECT_NE(GetCurrentProcessId(), 0u);
-    Sleep(0);
 }
 
 TEST(Results, TurnIntoEachOther)

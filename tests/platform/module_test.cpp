@@ -118,7 +118,7 @@ TEST(Modules, TellTheirPathAndCutIt)
     std::array<WCHAR, 5> cut;
     EXPECT_EQ(GetModuleFileNameW(GetModuleHandleW(nullptr), cut.data(), 5), 5u);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
-    EXPECT_EQ(Wide(cut.data()), path.substr(0, 4));
+    EXPECT_EQ(Wide(cut.data(), 4), path.substr(0, 4));
     HMODULE own = nullptr;
     EXPECT_TRUE(
         GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
