@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -15,8 +16,20 @@ void* AllocateOrNull(size_t size, size_t alignment) noexcept
     ++count;
     if (successesLeft >= 0 && --successesLeft < 0)
         return nullptr;
-    const size_t rounded = (size + alignment - 1) / alignment * alignment;
-    return std::aligned_alloc(alignment, rounded ? rounded : alignment);
+    // The block's own address stands in front of what is given out; not every runtime aligns, and frees alike.
+    void* const block = std::malloc(size + alignment + sizeof(void*));
+    if (!block)
+        return nullptr;
+    const auto first = reinterpret_cast<uintptr_t>(block) + sizeof(void*);
+    void** const given = reinterpret_cast<void**>((first + alignment - 1) / alignment * alignment);
+    given[-1] = block;
+    return given;
+}
+
+void Free(void* p) noexcept
+{
+    if (p)
+        std::free(static_cast<void**>(p)[-1]);
 }
 
 void* Allocate(size_t size, size_t alignment)
@@ -67,27 +80,27 @@ void* operator new(size_t size, std::align_val_t alignment, const std::nothrow_t
 }
 void operator delete(void* p) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete(void* p, size_t) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete(void* p, std::align_val_t) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete(void* p, size_t, std::align_val_t) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete(void* p, const std::nothrow_t&) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete(void* p, std::align_val_t, const std::nothrow_t&) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void* operator new[](size_t size)
 {
@@ -107,25 +120,25 @@ void* operator new[](size_t size, std::align_val_t alignment, const std::nothrow
 }
 void operator delete[](void* p) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete[](void* p, size_t) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete[](void* p, std::align_val_t) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete[](void* p, size_t, std::align_val_t) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete[](void* p, const std::nothrow_t&) noexcept
 {
-    std::free(p);
+    Free(p);
 }
 void operator delete[](void* p, std::align_val_t, const std::nothrow_t&) noexcept
 {
-    std::free(p);
+    Free(p);
 }

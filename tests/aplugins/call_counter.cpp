@@ -10,6 +10,11 @@ std::atomic<int64_t> calls{0};
 
 }   // namespace
 
+void CountCall()
+{
+    ++calls;
+}
+
 int64_t HeapAndLockCalls()
 {
     return calls;
@@ -20,8 +25,6 @@ extern "C" {
 void* __real_malloc(size_t size);
 void* __real_calloc(size_t n, size_t size);
 void* __real_realloc(void* p, size_t size);
-void* __real_aligned_alloc(size_t alignment, size_t size);
-int __real_posix_memalign(void** p, size_t alignment, size_t size);
 int __real_pthread_mutex_lock(pthread_mutex_t* mutex);
 
 void* __wrap_malloc(size_t size)
@@ -38,16 +41,6 @@ void* __wrap_realloc(void* p, size_t size)
 {
     ++calls;
     return __real_realloc(p, size);
-}
-void* __wrap_aligned_alloc(size_t alignment, size_t size)
-{
-    ++calls;
-    return __real_aligned_alloc(alignment, size);
-}
-int __wrap_posix_memalign(void** p, size_t alignment, size_t size)
-{
-    ++calls;
-    return __real_posix_memalign(p, alignment, size);
 }
 int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex)
 {

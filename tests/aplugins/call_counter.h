@@ -5,3 +5,4 @@
 #include <cstdint>
 
 int64_t HeapAndLockCalls();
+void CountCall();   // for further calls of that kind

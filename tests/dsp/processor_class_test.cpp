@@ -1,6 +1,7 @@
 #include "dsp/processor_class.h"
 
 #include "dsp/vtnf.h"
+#include "tests/environment.h"
 
 #include <gtest/gtest.h>
 
@@ -16,17 +17,14 @@ int ChooseWith(const char* asked)
 {
     if (vtnfGetLevel() != -1 || &vtnfGetTable() != &kVtnfPortable)
         return 1;
-    if (asked)
-        setenv("QX_VECTOR_CLASS", asked, 1);
-    else
-        unsetenv("QX_VECTOR_CLASS");
+    SetEnvironment("QX_VECTOR_CLASS", asked);
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back(vtnfInit);
     for (auto& thread : threads)
         thread.join();
     const VtnfTable* table = &vtnfGetTable();
-    setenv("QX_VECTOR_CLASS", "portable", 1);
+    SetEnvironment("QX_VECTOR_CLASS", "portable");
     vtnfInit();   // changes nothing
     if (vtnfGetLevel() < 1 || vtnfGetLevel() > 4 || &vtnfGetTable() != table || ActiveClass().table != table)
         return 2;
