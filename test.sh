@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs the tests. --sanitize does so under the address and undefined behaviour
-# sanitizers instead; --fuzz runs each fuzzer for a minute and speaks only of what it finds.
+# sanitizers instead, --windows with the cross build under Wine; --fuzz runs each fuzzer for a minute and speaks only of
+# what it finds.
 set -eu
 cd "$(dirname "$0")"
 . cmake/packages.sh
@@ -26,8 +27,12 @@ fuzz() {
 case "${1:-}" in
     "") preset=release ;;
     --sanitize) preset=asan ;;
+    --windows)
+        preset=windows
+        need_packages "${windows_packages[@]}"
+        ;;
     --fuzz) fuzz; exit ;;
-    *) echo "usage: ./test.sh [--sanitize|--fuzz]" >&2; exit 2 ;;
+    *) echo "usage: ./test.sh [--sanitize|--windows|--fuzz]" >&2; exit 2 ;;
 esac
 need_packages "${build_packages[@]}" "${test_packages[@]}"
 build_preset "$preset"

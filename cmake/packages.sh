@@ -3,6 +3,7 @@ build_packages=(g++ cmake ninja-build pkg-config libsndfile1-dev libpng-dev libc
                 libicu-dev libsqlite3-dev binutils-mingw-w64-x86-64)
 fuzz_packages=(clang libclang-rt-14-dev)
 test_packages=(libgtest-dev espeak-ng)
+windows_packages=(g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth fonts-liberation)
 
 need_packages() {
     local missing=() package
