@@ -138,28 +138,27 @@ int32_t FinishNumber(const WCHAR* pszText, WCHAR* pszOut, DWORD cchOut, const Fi
     return fits ? int32_t(out.Length()) : 0;
 }
 
-int32_t DigitsToText(std::array<char, 24>& digits, const char* end, WCHAR* pszOut, DWORD cchOut, BOOL bGroup)
+int32_t DigitsToText(WideView digits, WCHAR* pszOut, DWORD cchOut, BOOL bGroup)
 {
     if (!pszOut || cchOut < 2)
         return 0;
-    std::array<WCHAR, 24> plain = {};
-    std::copy(static_cast<const char*>(digits.data()), end, plain.data());
     if (bGroup)
-        return QxFormatNumber(plain.data(), pszOut, cchOut);
+        return QxFormatNumber(digits.data(), pszOut, cchOut);
     TextOutput out(pszOut, cchOut - 1);
-    const bool fits = out.Put(plain.data());
+    const bool fits = out.Put(digits);
     out.Terminate();
     if (!fits)
         pszOut[0] = 0;
     return fits ? int32_t(out.Length()) : 0;
 }
 
-template <typename Value>
-int32_t ValueToText(Value value, WCHAR* pszOut, DWORD cchOut, BOOL bGroup)
+int32_t ValueToText(int64_t value, WCHAR* pszOut, DWORD cchOut, BOOL bGroup)
 {
     std::array<char, 24> digits;
     const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    return DigitsToText(digits, end, pszOut, cchOut, bGroup);
+    std::array<WCHAR, digits.size() + 1> plain = {};   // terminated
+    std::copy(static_cast<const char*>(digits.data()), end, plain.data());
+    return DigitsToText({plain.data(), size_t(end - digits.data())}, pszOut, cchOut, bGroup);
 }
 
 }   // namespace
@@ -181,20 +180,20 @@ int32_t QxFormatGroupDecimalNumber(const WCHAR* pszText, WCHAR* pszOut, DWORD cc
 
 int32_t QxLongToText(LONG lValue, WCHAR* pszOut, BOOL bGroup)
 {
-    return ValueToText(int64_t(lValue), pszOut, kUnboundedChars, bGroup);
+    return ValueToText(lValue, pszOut, kUnboundedChars, bGroup);
 }
 
 int32_t QxLongToTextN(LONG lValue, WCHAR* pszOut, DWORD cchOut, BOOL bGroup)
 {
-    return ValueToText(int64_t(lValue), pszOut, cchOut, bGroup);
+    return ValueToText(lValue, pszOut, cchOut, bGroup);
 }
 
 int32_t QxDWordToText(DWORD dwValue, WCHAR* pszOut, BOOL bGroup)
 {
-    return ValueToText(int64_t(dwValue), pszOut, kUnboundedChars, bGroup);
+    return ValueToText(dwValue, pszOut, kUnboundedChars, bGroup);
 }
 
 int32_t QxDWordToTextN(DWORD dwValue, WCHAR* pszOut, DWORD cchOut, BOOL bGroup)
 {
-    return ValueToText(int64_t(dwValue), pszOut, cchOut, bGroup);
+    return ValueToText(dwValue, pszOut, cchOut, bGroup);
 }
