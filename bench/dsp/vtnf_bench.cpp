@@ -1,93 +1,25 @@
 // The costly entries of the vector table over 2048 values, in each processor class, against loops over the C library's
 // functions.
 #include "bench/against.h"
+#include "bench/libm_loops.h"
 #include "dsp/processor_class.h"
-#include "tests/signals.h"
 
-#include <algorithm>
-#include <cmath>
 #include <string>
 
 namespace {
 
-constexpr int32_t kCount = 2048;
-const Signal kValues = Noise(2 * kCount, 1);
-const Signal kLogs = Noise(kCount, 2, 10.0f);
-
-// Of a spectrum: 160 dB of range, a few values below the floor.
-constexpr float kFloor = 2e-8f;
-const Signal kMagnitudes = [] {
-    Signal x = Noise(kCount, 3, 9.2f);
-    for (float& v : x)
-        v = std::exp(v - 9.2f);
-    return x;
-}();
-Signal results(kCount);
-
-#define QX_SCALAR [[gnu::noinline, gnu::optimize("no-tree-vectorize")]]
-
-// What works in place starts from a copy, on both sides.
-QX_SCALAR void ScalarExp()
+void Measure(benchmark::State& state, const ProcessorClass& processorClass, const LibmLoop& loop)
 {
-    std::ranges::copy(kLogs, results.begin());
-    for (float& v : results)
-        v = std::exp(v);
+    Against(
+        state, [&] { loop.ours(*processorClass.table); }, loop.peer);
 }
-QX_SCALAR void ScalarLn()
-{
-    std::ranges::copy(kMagnitudes, results.begin());
-    for (float& v : results)
-        v = std::log(v < kFloor ? kFloor : v);
-}
-QX_SCALAR void ScalarPhase()
-{
-    for (size_t k = 0; k < kCount; ++k)
-        results[k] = std::atan2(kValues[2 * k + 1], kValues[2 * k]);
-}
-QX_SCALAR void ScalarMagnitude()
-{
-    for (size_t k = 0; k < kCount; ++k)
-        results[k] = std::hypot(kValues[2 * k + 1], kValues[2 * k]);
-}
-QX_SCALAR void ScalarRoot()
-{
-    for (size_t k = 0; k < kCount; ++k)
-        results[k] = std::sqrt(kValues[2 * k] * kValues[2 * k] + kValues[2 * k + 1] * kValues[2 * k + 1]);
-}
-
-struct Case {
-    const char* name;
-    void (*ours)(const VtnfTable&);
-    void (*peer)();
-};
-constexpr Case kCases[] = {
-    {"Exp",
-     [](const VtnfTable& t) {
-         std::ranges::copy(kLogs, results.begin());
-         t.Exp(results.data(), kCount);
-     },
-     ScalarExp},
-    {"ThresholdLn",
-     [](const VtnfTable& t) {
-         std::ranges::copy(kMagnitudes, results.begin());
-         t.ThresholdLn(results.data(), kFloor, kFloor, kCount);
-     },
-     ScalarLn},
-    {"Phase", [](const VtnfTable& t) { t.Phase(results.data(), kValues.data(), kCount); }, ScalarPhase},
-    {"Magnitude", [](const VtnfTable& t) { t.Magnitude(results.data(), kValues.data(), kCount); }, ScalarMagnitude},
-    {"MagnitudeToPlainRoot", [](const VtnfTable& t) { t.Magnitude(results.data(), kValues.data(), kCount); },
-     ScalarRoot},
-};
 
 const bool registered = [] {
     for (const ProcessorClass& c : ProcessorClasses())
-        for (const Case& entry : kCases)
+        for (const LibmLoop& loop : LibmLoops())
             if (c.runsHere())
-                benchmark::RegisterBenchmark(("Vtnf_" + std::string(entry.name) + '/' + c.name).c_str(),
-                                             [&c, &entry](benchmark::State& state) {
-                                                 Against(
-                                                     state, [&] { entry.ours(*c.table); }, entry.peer);
-                                             });
+                benchmark::RegisterBenchmark(("Vtnf_" + std::string(loop.name) + '/' + c.name).c_str(), Measure, c,
+                                             loop);
     return true;
 }();
 

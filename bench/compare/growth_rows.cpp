@@ -1,0 +1,69 @@
+// How time and memory grow with length, channels and rate.
+#include "bench/compare/cpu_time.h"
+#include "bench/compare/own_driver.h"
+#include "bench/compare/row.h"
+
+#include <malloc.h>
+
+namespace {
+
+constexpr Setting kSetting{1.25, 0.0};
+
+Row Growth(const Mode& mode, const char* what, double ratio, double bar)
+{
+    return {std::string(mode.name) + ", " + what, ratio, Bar::kAtMost, bar};
+}
+
+double LengthRatio(const Mode& mode, const Material& minute)
+{
+    return MedianRatio([&] { RenderOurs(mode, minute, kSetting, 10); }, [&] { RenderOurs(mode, minute, kSetting); });
+}
+
+// Bytes that the process holds from the free store.
+double Held()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return double(info.uordblks + info.hblkhd);
+}
+
+double heldWithin[2];   // bytes in a stream: after the first time, after the last
+int timesWithin;
+
+void NoteHeld()
+{
+    heldWithin[timesWithin++ > 0] = Held();
+}
+
+}   // namespace
+
+Section GrowthRows()
+{
+    Section section{
+        "Growth", "Time of ten minutes to one minute, 8 channels to 2, 384 kHz to 44.1 kHz; stretch 1.25.", {}};
+    const Material minute = Music(60.0), two = Music(6.0), eight = Music(6.0, 8), high = Music(6.0, 2, 384000);
+    for (const Mode& mode : kModes) {
+        const auto run = [&](const Material& m) { return [&] { RenderOurs(mode, m, kSetting); }; };
+        section.rows.push_back(Growth(mode, "length", LengthRatio(mode, minute), 10.3));
+        section.rows.push_back(Growth(mode, "channels", 1.0 / MedianRatio(run(two), run(eight)), 4.2));
+        section.rows.push_back(Growth(mode, "rate", 1.0 / MedianRatio(run(two), run(high)), 9.2));
+    }
+    return section;
+}
+
+Section MemoryRows()
+{
+    Section section{"Memory",
+                    "Of a driver with its engine, stereo at 44.1 kHz, in the midst of a stream; and its growth "
+                    "from the first minute to the tenth.",
+                    {}};
+    const Material minute = Music(60.0);
+    for (const Mode& mode : kModes) {
+        const double before = Held();
+        timesWithin = 0;
+        RenderOurs(mode, minute, kSetting, 10, NoteHeld);
+        section.rows.push_back({mode.name, (heldWithin[0] - before) / 1e6, Bar::kAtMost, {}, " MB"});
+        section.rows.push_back(
+            {std::string(mode.name) + ", growth", heldWithin[1] - heldWithin[0], Bar::kAtMost, 0.0, " bytes"});
+    }
+    return section;
+}
