@@ -108,7 +108,8 @@ int32_t QxList_FindSortedInsertIndexRange(tQXLIST* pList, const void* pKey, int3
 // Both store the criteria, also when there is nothing to sort or no comparison. Neither is stable.
 HRESULT QxList_Sort(tQXLIST* pList, DWORD dwCriteria, QXLISTCOMPARE pfnCompare);       // quadratic, few exchanges
 HRESULT QxList_HeapSort(tQXLIST* pList, DWORD dwCriteria, QXLISTCOMPARE pfnCompare);   // n log n
-// Inserts each item of the source into the destination at its sorted place; the source keeps its items. All or none.
+// Inserts each item of the source into the destination at its sorted place; the source keeps its items. All or none. The
+// destination is an array list or plain pointers: an item of a heap list has one owner.
 HRESULT QxList_SortTo(tQXLIST* pDestination, tQXLIST* pSource, DWORD dwCriteria, QXLISTCOMPARE pfnCompare);
 // Hands items over between two heap lists whose items come from the same allocator: a private heap on the source would
 // take the moved items with it. Locks the destination first: opposite moves must not run at the same time.

@@ -56,9 +56,11 @@ void SiftDown(tQXLIST& list, int32_t root, int32_t count, QXLISTCOMPARE compare)
     }
 }
 
-bool SameStorage(const tQXLIST& a, const tQXLIST& b)
+// A heap list would own what the source owns already.
+bool TakesItemsOf(const tQXLIST& destination, const tQXLIST& source)
 {
-    return IsArrayList(a) == IsArrayList(b) && a.cbItem == b.cbItem;
+    return IsArrayList(destination) == IsArrayList(source) && destination.cbItem == source.cbItem &&
+           !IsHeapList(destination);
 }
 
 }   // namespace
@@ -146,7 +148,7 @@ HRESULT QxList_SortTo(tQXLIST* pDestination, tQXLIST* pSource, DWORD dwCriteria,
     if (pDestination == pSource || !pfnCompare)
         return E_FAIL;
     const ListEntry source(pSource), destination(pDestination);
-    if (!source.Allowed() || !destination.Allowed() || !SameStorage(*pDestination, *pSource))
+    if (!source.Allowed() || !destination.Allowed() || !TakesItemsOf(*pDestination, *pSource))
         return E_FAIL;
     // All the room first, so that memory never runs out half way.
     if (const HRESULT hr = ReserveSlots(*pDestination, pSource->nCount); FAILED(hr))

@@ -239,6 +239,9 @@ TEST(List, MovesItsHeaderIntoARecord)
     tQXLIST record, *list = MakeArray({1, 2}, QXLIST_THREAD_SAFE).release();
     EXPECT_EQ(QxList_ConvertToInPlace(nullptr, &record), E_INVALIDARG);
     EXPECT_EQ(QxList_ConvertToInPlace(&list, nullptr), E_INVALIDARG);
+    tQXLIST dead = {}, *noList = &dead;
+    EXPECT_EQ(QxList_ConvertToInPlace(&noList, &record), E_INVALIDARG);
+    EXPECT_EQ(noList, &dead);
     ASSERT_EQ(QxList_ConvertToInPlace(&list, &record), S_OK);
     EXPECT_EQ(list, nullptr);
     EXPECT_EQ(Append(&record, {3}), S_OK);
@@ -355,6 +358,19 @@ TEST(ListSort, SortsIntoAnotherList)
     EXPECT_EQ(QxList_GetSortCriteria(sorted.get()), 3u);
     EXPECT_EQ(QxList_SortTo(sorted.get(), sorted.get(), 3, CompareInts), E_FAIL);
     EXPECT_EQ(QxList_SortTo(MakeList(kPointers).get(), source.get(), 3, CompareInts), E_FAIL);
+}
+
+TEST(ListSort, SortsOwnedItemsIntoPointersToThem)
+{
+    const ListPtr owner = MakeList(QXLIST_HEAP_ITEMS), sorted = MakeList(kPointers);
+    for (const int32_t v : {5, 1, 9})
+        AddHeapItem(owner.get(), v);
+    EXPECT_EQ(QxList_SortTo(sorted.get(), owner.get(), 3, CompareInts), S_OK);
+    EXPECT_EQ(HeapValues(sorted.get()), (Ints{1, 5, 9}));
+    EXPECT_EQ(HeapValues(owner.get()), (Ints{5, 1, 9}));
+    const ListPtr second = MakeList(QXLIST_HEAP_ITEMS);
+    EXPECT_EQ(QxList_SortTo(second.get(), owner.get(), 3, CompareInts), E_FAIL);   // each item has one owner
+    EXPECT_EQ(second->nCount, 0);
 }
 
 TEST(ListThreads, LoseNothingUnderConcurrentUse)
