@@ -4,7 +4,10 @@
 #include "kernel/lang.h"
 #include "kernel/wide_view.h"
 
+#include "platform/codepage_detect.h"
+
 #include <atomic>
+#include <span>
 
 class LangLock {
 public:
@@ -28,6 +31,9 @@ HRSRC FindInLanguage(HMODULE module, const WCHAR* type, const WCHAR* name, DWORD
 
 // True when the text, of cb bytes in a double-byte code page, holds a complete double-byte character.
 BOOL DetectDoubleByte(UINT codePage, const char* pText, DWORD cb);
+
+// Of the candidates that are quite sure the one that reads most of the text, if that is all of it; else *pCodePage is 0.
+HRESULT ChooseCodePage(std::span<const CodePageCandidate> candidates, DWORD* pCodePage);
 
 // The language module beside a module's file: its name with the extension LNG, loaded as data; null when there is no such
 // file or it is no language module.

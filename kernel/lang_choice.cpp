@@ -4,8 +4,6 @@
 #include "kernel/print.h"
 #include "kernel/result.h"
 
-#include "platform/codepage_detect.h"
-
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -112,23 +110,24 @@ BOOL QxLang_DetectMultiByteCharacters(const char* pText, DWORD cb)
     return DetectDoubleByte(GetACP(), pText, cb);
 }
 
+HRESULT ChooseCodePage(std::span<const CodePageCandidate> candidates, DWORD* pCodePage)
+{
+    constexpr int kSure = 100, kWhole = 100;   // percent
+    const CodePageCandidate* best = nullptr;
+    for (const CodePageCandidate& candidate : candidates)
+        if (candidate.confidence == kSure && (!best || candidate.documentPercent > best->documentPercent))
+            best = &candidate;
+    const bool whole = best && best->documentPercent == kWhole;
+    *pCodePage = whole ? best->codePage : 0;
+    return whole ? S_OK : QX_E_CODEPAGE_UNSURE;
+}
+
 HRESULT QxLang_DetectPossibleCodepage(const char* pText, DWORD cb, DWORD* pCodePage)
 {
     constexpr int kCandidates = 10;
-    constexpr int kSure = 100;   // percent
     if (!pCodePage)
         return E_INVALIDARG;
-    *pCodePage = 0;
     std::array<CodePageCandidate, kCandidates> candidates;
     const int found = pText && cb > 0 ? DetectCodePages(pText, cb, candidates.data(), kCandidates) : 0;
-    int best = 0;
-    for (int i = 0; i < found; ++i)
-        if (candidates[size_t(i)].confidence == kSure && candidates[size_t(i)].documentPercent > best) {
-            best = candidates[size_t(i)].documentPercent;
-            *pCodePage = candidates[size_t(i)].codePage;
-        }
-    if (best == kSure)
-        return S_OK;
-    *pCodePage = 0;
-    return QX_E_CODEPAGE_UNSURE;
+    return ChooseCodePage({candidates.data(), size_t(found)}, pCodePage);
 }

@@ -1,14 +1,18 @@
+#include "kernel/international.h"
 #include "kernel/lang.h"
 #include "kernel/lang/texts.h"
 #include "kernel/lang_access.h"
 #include "kernel/lang_resource.h"
+#include "kernel/list_memory.h"
 #include "kernel/result.h"
 #include "tests/kernel/wide.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstring>
+#include <memory>
 #include <thread>
 
 namespace {
@@ -426,6 +430,12 @@ TEST_F(LangTest, MirrorsTheProcessForRightToLeft)
     EXPECT_TRUE(QxLang_UpdateThreadLocale(lang.get()));
     EXPECT_EQ(GetThreadLocale() & 0xFFFF, 0x0407u);
     EXPECT_FALSE(QxLang_UpdateThreadLocale(nullptr));
+    EXPECT_TRUE(QxLang_EnableProcessMirroring());
+    GetProcessDefaultLayout(&layout);
+    EXPECT_EQ(layout, 1u);
+    EXPECT_TRUE(QxLang_DisableProcessMirroring());
+    GetProcessDefaultLayout(&layout);
+    EXPECT_EQ(layout, 0u);
 }
 
 TEST_F(LangTest, RemembersTheUsersChoice)
@@ -461,6 +471,61 @@ TEST_F(LangTest, RemembersTheUsersChoice)
           TEXT("Software\\KernelTestMaker\\KernelTest\\2.3\\Lang"), TEXT("Software\\KernelTestMaker\\KernelTest\\2.3"),
           TEXT("Software\\KernelTestMaker\\KernelTest"), TEXT("Software\\KernelTestMaker")})
         EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, path), ERROR_SUCCESS) << Narrow(path);
+}
+
+TEST_F(LangTest, AStringWithoutRoomInTheCacheIsEmptyAndComesLater)
+{
+    static int left;
+    static ListMemory scarce = kPlatformListMemory;
+    scarce.allocItem = [](HANDLE heap, DWORD flags, size_t cb) {
+        return left-- > 0 ? kPlatformListMemory.allocItem(heap, flags, cb) : nullptr;
+    };
+    scarce.allocSlots = [](size_t cb) { return left-- > 0 ? kPlatformListMemory.allocSlots(cb) : nullptr; };
+    const LangPtr lang = OpenWithoutModule(0x0407);
+    tQXLIST* const cache = lang->pStringCache;
+    for (UINT id = 2000; cache->nCount < cache->nAllocated && id < 3000; ++id)
+        QxGetString(lang.get(), id);
+    const int32_t full = cache->nCount;
+    ASSERT_EQ(full, cache->nAllocated);   // so that one more takes an item and new slots
+    for (const int granted : {0, 1}) {
+        left = granted;
+        g_pListMemory = &scarce;
+        EXPECT_EQ(Narrow(QxGetString(lang.get(), 100)), "") << granted;
+        g_pListMemory = &kPlatformListMemory;
+        EXPECT_EQ(cache->nCount, full) << granted;
+    }
+    EXPECT_EQ(Narrow(QxGetString(lang.get(), 100)), "Datei");
+}
+
+TEST_F(LangTest, CopiesTheLocalesRecordAsFarAsItFits)
+{
+    QXINTERNATIONALS record = {};
+    EXPECT_EQ(QxLang_GetInternationals(&record, sizeof record + 100), sizeof record);
+    EXPECT_EQ(std::memcmp(&record, &Internationals(), sizeof record), 0);
+    record.dwLanguage = 7;
+    EXPECT_EQ(QxLang_GetInternationals(&record, offsetof(QXINTERNATIONALS, dwLanguage)),
+              offsetof(QXINTERNATIONALS, dwLanguage));
+    EXPECT_EQ(record.dwLanguage, 7u);
+}
+
+TEST_F(LangTest, ChoosesTheSureCodePageOfAWholeText)
+{
+    static const struct {
+        std::vector<CodePageCandidate> candidates;
+        DWORD chosen;
+    } kCases[] = {
+        {{}, 0},
+        {{{1252, 100, 100}}, 1252},
+        {{{1252, 100, 99}}, 0},
+        {{{1252, 99, 100}}, 0},
+        {{{932, 60, 100}, {65001, 100, 100}, {1252, 100, 20}}, 65001},
+        {{{932, 60, 100}, {1252, 100, 80}}, 0},
+    };
+    for (const auto& c : kCases) {
+        DWORD codePage = 7;
+        EXPECT_EQ(ChooseCodePage(c.candidates, &codePage), c.chosen ? S_OK : QX_E_CODEPAGE_UNSURE) << c.chosen;
+        EXPECT_EQ(codePage, c.chosen);
+    }
 }
 
 TEST_F(LangTest, SeesDoubleByteCharacters)
