@@ -139,10 +139,11 @@ struct Demands {
     bool operator==(const Demands&) const = default;
 };
 
-bool IsInsert(std::u32string_view rest)   // %1 and so on, standing alone
+bool IsInsert(std::u32string_view rest)   // %1 and so on, where nothing that a directive holds follows
 {
+    constexpr std::u32string_view kInDirectives = U"0123456789.+-#hlI!&*,:EGXcdefgiosuxz";
     return rest.size() >= 2 && rest[0] == U'%' && rest[1] >= U'1' && rest[1] <= U'9' &&
-           (rest.size() == 2 || rest[2] == U' ');
+           (rest.size() == 2 || kInDirectives.find(rest[2]) == rest.npos);
 }
 
 // The length of the directive at the front of rest; what it takes goes into demands.
