@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -108,6 +109,40 @@ TEST_P(PrintLocale, KeepsWhatStandsAroundTheNumber)
         const int32_t length = QxFormatGroupDecimalNumber(Widen(c.plain).c_str(), out, 64, -1);
         EXPECT_EQ(size_t(length), WideView(out).size());
         EXPECT_EQ(Narrow(out), InLocale(c.grouped));
+    }
+}
+
+Printed PrintAny(const char* format, DWORD capacity)
+{
+    return std::string_view(format).ends_with('s') ? PrintInto(capacity, format, TEXT("caf\x00E9"))
+           : std::string_view("eEfgG").find(format[std::strlen(format) - 1]) != std::string_view::npos
+               ? PrintInto(capacity, format, -1234567.5)
+               : PrintInto(capacity, format, INT64_C(-1234567));
+}
+
+// How many characters of UTF-8 stand in the text: the unit in which a budget counts.
+size_t Characters(std::string_view text)
+{
+    return size_t(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+TEST_P(PrintLocale, KeepsEveryBudgetInEveryDirective)
+{
+    for (const char* const format :
+         {"%!,",  "$!.",  "%!:",   "%&:",   "$&.", "%*",   "$,",   "%:",   "%d", "$i",           "$u",
+          "$12d", "%05i", "$I64d", "%I64u", "%x",  "$X",   "%o",   "%e",   "$E", "%f",           "$.3f",
+          "%g",   "$g",   "$G",    "%c",    "%s",  "$-9s", "%.2z", "$.2z", "$z", "$(1234567.5)", "$(SMPTE.Label.Drop)",
+          "%%",   "$$",   "$%"}) {
+        const Printed full = PrintAny(format, 512);
+        ASSERT_EQ(full.hr, S_OK) << format;
+        const size_t length = Characters(full.text);
+        ASSERT_GT(length, 0u) << format;
+        for (DWORD capacity = 1; capacity <= length + 1; ++capacity) {
+            const Printed cut = PrintAny(format, capacity);
+            EXPECT_EQ(Characters(cut.text), std::min<size_t>(capacity - 1, length)) << format << " in " << capacity;
+            EXPECT_TRUE(full.text.starts_with(cut.text)) << format << " in " << capacity << ": " << cut.text;
+            EXPECT_EQ(cut.hr == S_OK, capacity == 1 || capacity > length) << format << " in " << capacity;
+        }
     }
 }
 
