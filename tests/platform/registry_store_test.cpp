@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -170,6 +171,44 @@ TEST_F(RegistryStoreFile, IsKeptAsideWhenAPageIsDamaged)
     DWORD value = 0;
     EXPECT_EQ(Get(TEXT("K"), TEXT("new"), value), ERROR_SUCCESS);   // the one who had the old file open follows
     EXPECT_EQ(SetAside(), 1u);
+}
+
+// Each variable as it was, at the end.
+class KeptVariable {
+public:
+    explicit KeptVariable(const char* variable) : name(variable)
+    {
+        if (const char* const value = std::getenv(name))
+            former = value;
+    }
+    KeptVariable(const KeptVariable&) = delete;
+    KeptVariable& operator=(const KeptVariable&) = delete;
+    ~KeptVariable() { former ? setenv(name, former->c_str(), 1) : unsetenv(name); }
+
+private:
+    const char* name;
+    std::optional<std::string> former;
+};
+
+TEST_F(RegistryStoreFile, StandsInTheUsersConfigurationFolder)
+{
+    const KeptVariable given("QX_REGISTRY"), config("XDG_CONFIG_HOME"), home("HOME");
+    unsetenv("QX_REGISTRY");
+    setenv("HOME", (folder / "home").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
+    EXPECT_EQ(Put(TEXT("K"), TEXT("v"), 1), ERROR_SUCCESS);
+    EXPECT_TRUE(std::filesystem::exists(folder / "config/qxvantor/registry.sqlite"));
+    HKEY machine = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, TEXT("K"), 0, nullptr, 0, KEY_WRITE, nullptr, &machine, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(machine);
+    EXPECT_TRUE(std::filesystem::exists(folder / "config/qxvantor/registry-machine.sqlite"));
+    for (const char* const useless : {"", "not/absolute"}) {
+        std::filesystem::remove_all(folder / "home");
+        setenv("XDG_CONFIG_HOME", useless, 1);
+        EXPECT_EQ(Put(TEXT("K"), TEXT("v"), 2), ERROR_SUCCESS);
+        EXPECT_TRUE(std::filesystem::exists(folder / "home/.config/qxvantor/registry.sqlite")) << useless;
+    }
 }
 
 TEST_F(RegistryStoreFile, SaysWhenItCannotBeWritten)
