@@ -8,6 +8,7 @@ namespace {
 constexpr int32_t kModeUnset = 6;   // makes the first SetParams build an engine, whatever its mode
 constexpr int32_t kMostAttempts = 10000;
 constexpr float kNudge = 4.9999e-5f;   // of pitch factor, per attempt to bring a refused pair into range
+constexpr float kSamePitch = 1e-6f;    // relative; two quantised pitches are hundreds of times further apart
 constexpr int32_t kLongestBlock = 1 << 24;
 constexpr int32_t kLargestRequest = 1 << 26;   // frames; an engine that asks for more than this is out of its mind
 
@@ -122,7 +123,8 @@ int32_t CVtn::RampDivisor() const noexcept
 
 void CVtn::UpdateRatios(bool stepping) noexcept
 {
-    if (!engine || (stepping && !ramp.NeedsStep()))
+    const Pair target{float(ramp.TargetStretch()), float(ramp.TargetPitch())};
+    if (!engine || (stepping && (!ramp.NeedsStep() || offered == target)))
         return;
     ramp.Step();
     const Pair next{float(ramp.CurStretch()), float(ramp.CurPitch())};
@@ -134,8 +136,9 @@ void CVtn::UpdateRatios(bool stepping) noexcept
         UpdateEnvelope();
 }
 
-// A quantised pitch that stands next to its target is stepped at in every pass, to no effect; only the first such offer
-// reaches the engine. A refused pair walks towards a product of 1, by the pitch alone. When that does not help, the
+// Once the target itself has been offered, the ramp rests where the engine's quantised pitch is. A ramp that never gets
+// there, because each step is quantised back, offers each place once: answers that differ by rounding count as one, so that
+// the number of passes, and with it the cutting into blocks, has no say in the factors. A refused pair walks towards a product of 1, by the pitch alone. When that does not help, the
 // engine still has the pair that it took last, and that becomes the target too: no later pass starts the walk again.
 void CVtn::OfferPair(const Pair& next) noexcept
 {
@@ -151,8 +154,9 @@ void CVtn::OfferPair(const Pair& next) noexcept
         return;
     }
     offered = next;
-    accepted = {s, p};
-    ramp.SetCurrent(s, p, RampDivisor());
+    if (s != accepted.stretch || std::abs(p - accepted.pitch) > kSamePitch * p)
+        accepted = {s, p};
+    ramp.SetCurrent(accepted.stretch, accepted.pitch, RampDivisor());
 }
 
 // The envelope moves against the pitch by what the formants are not to follow. The factor is that of the pitch in force
