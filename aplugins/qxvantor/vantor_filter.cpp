@@ -1,8 +1,11 @@
 #include "aplugins/qxvantor/vantor_filter.h"
 
 #include "aplugins/qxvantor/media_rules.h"
+#include "aplugins/qxvantor/persistence.h"
+#include "aplugins/qxvantor/presets.h"
 #include "aplugins/qxvantor/vantor_input_pin.h"
 #include "aplugins/qxvantor/vantor_setup.h"
+#include "kernel/lang.h"
 
 #include <objbase.h>
 
@@ -27,7 +30,7 @@ LONG TenTimes(LONG cb)
 CUnknown* CQxVantor::CreateInstance(IUnknown* pOuter, HRESULT* phr)
 {
     const auto filter = new (std::nothrow) CQxVantor(pOuter);
-    *phr = filter ? filter->Construct(QxVantorParams{}) : E_OUTOFMEMORY;
+    *phr = filter ? filter->Construct(PresetRecord(kDefaultPreset)) : E_OUTOFMEMORY;
     if (filter && FAILED(*phr)) {
         filter->NonDelegatingRelease();
         return nullptr;
@@ -49,6 +52,12 @@ HRESULT CQxVantor::NonDelegatingQueryInterface(REFIID riid, void** ppObject)
         return GetInterface<IMediaParamsSetUICallback>(this, ppObject);
     if (riid == IID_ISpecifyPropertyPages)
         return GetInterface<ISpecifyPropertyPages>(this, ppObject);
+    if (riid == IID_IPersistStream)
+        return GetInterface<IPersistStream>(this, ppObject);
+    if (riid == IID_IStaticFilterPreset)
+        return GetInterface<IStaticFilterPreset>(this, ppObject);
+    if (riid == IID_IQxTranslationInfo)
+        return GetInterface<IQxTranslationInfo>(this, ppObject);
     return CTransformFilter::NonDelegatingQueryInterface(riid, ppObject);
 }
 
@@ -80,6 +89,74 @@ HRESULT CQxVantor::GetPages(CAUUID* pPages)
     *pPages->pElems = CLSID_QxVantorPropPage;
     pPages->cElems = 1;
     return S_OK;
+}
+
+// ---- settings and presets ---------------------------------------------------------------------------------------------
+
+HRESULT CQxVantor::GetClassID(CLSID* pClassId)
+{
+    return CTransformFilter::GetClassID(pClassId);
+}
+
+HRESULT CQxVantor::IsDirty()
+{
+    return IsPersistDirty() ? S_OK : S_FALSE;
+}
+
+HRESULT CQxVantor::Load(IStream* pStream)
+{
+    const LoadedParams loaded = LoadParams(pStream);
+    if (SUCCEEDED(loaded.hr))
+        SetParameters(&loaded.record);
+    if (loaded.tellListeners)
+        Notify(kChangedAll);
+    return loaded.hr;
+}
+
+HRESULT CQxVantor::Save(IStream* pStream, BOOL bClearDirty)
+{
+    QxVantorParams record = {};
+    GetParameters(&record);
+    if (const HRESULT hr = SaveParams(pStream, record); FAILED(hr))
+        return hr;
+    SetPersistDirty(!bClearDirty);
+    return S_OK;
+}
+
+HRESULT CQxVantor::GetSizeMax(ULARGE_INTEGER* pcbSize)
+{
+    if (!pcbSize)
+        return E_POINTER;
+    pcbSize->QuadPart = kPersistedSize;
+    return S_OK;
+}
+
+HRESULT CQxVantor::GetPresetCount(DWORD* pcPresets)
+{
+    if (!pcPresets)
+        return E_POINTER;
+    *pcPresets = kPresetCount;
+    return S_OK;
+}
+
+HRESULT CQxVantor::GetPresetName(DWORD iPreset, WCHAR* pszName, DWORD cchName)
+{
+    return PresetName(iPreset, pszName, cchName);
+}
+
+HRESULT CQxVantor::SetPreset(DWORD iPreset)
+{
+    if (iPreset >= kPresetCount)
+        return E_INVALIDARG;
+    if (const HRESULT hr = SetParameters(&PresetRecord(iPreset)); FAILED(hr))
+        return hr;
+    Notify(kChangedAll);
+    return S_OK;
+}
+
+HRESULT CQxVantor::SetLanguage(DWORD lcid)
+{
+    return QxLang_UpdateKernelLCID(KernelLanguage(), lcid, !QxLang_IsLCIDEnglish(lcid)) ? S_OK : E_FAIL;
 }
 
 // ---- connection -------------------------------------------------------------------------------------------------------

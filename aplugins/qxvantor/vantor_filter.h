@@ -6,13 +6,20 @@
 #pragma once
 
 #include "aplugins/qxvantor/output_clock.h"
+#include "aplugins/qxvantor/static_preset.h"
+#include "aplugins/qxvantor/translation_info.h"
 #include "aplugins/qxvantor/vantor_transform.h"
 #include "platform/com_ptr.h"
 #include "platform/media/transform_filter.h"
 
 #include <ocidl.h>
 
-class CQxVantor final : public CTransformFilter, public CQxVantorTransform, public ISpecifyPropertyPages {
+class CQxVantor final : public CTransformFilter,
+                        public CQxVantorTransform,
+                        public ISpecifyPropertyPages,
+                        public IPersistStream,
+                        public IStaticFilterPreset,
+                        public IQxTranslationInfo {
 public:
     // An object with one reference; null and E_OUTOFMEMORY in *phr when there is no memory.
     static CUnknown* CreateInstance(IUnknown* pOuter, HRESULT* phr);
@@ -43,6 +50,22 @@ public:
 
     // ISpecifyPropertyPages
     HRESULT STDMETHODCALLTYPE GetPages(CAUUID* pPages) override;
+
+    // IPersistStream. [any] A load that fails leaves all parameters as they were; one that succeeds leaves the filter
+    // dirty, and so does a save that is not told to clear the mark.
+    HRESULT STDMETHODCALLTYPE GetClassID(CLSID* pClassId) override;
+    HRESULT STDMETHODCALLTYPE IsDirty() override;
+    HRESULT STDMETHODCALLTYPE Load(IStream* pStream) override;
+    HRESULT STDMETHODCALLTYPE Save(IStream* pStream, BOOL bClearDirty) override;
+    HRESULT STDMETHODCALLTYPE GetSizeMax(ULARGE_INTEGER* pcbSize) override;
+
+    // IStaticFilterPreset. [any]
+    HRESULT STDMETHODCALLTYPE GetPresetCount(DWORD* pcPresets) override;
+    HRESULT STDMETHODCALLTYPE GetPresetName(DWORD iPreset, WCHAR* pszName, DWORD cchName) override;
+    HRESULT STDMETHODCALLTYPE SetPreset(DWORD iPreset) override;
+
+    // IQxTranslationInfo. [control]
+    HRESULT STDMETHODCALLTYPE SetLanguage(DWORD lcid) override;
 
 private:
     using Sample = ComPtr<IMediaSample>;

@@ -3,11 +3,15 @@
 #include "tests/aplugins/qxvantor/filter_rig.h"
 #include "tests/signals.h"
 
+#include <objbase.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
-#include <numeric>
+#include <thread>
 
 namespace {
 
@@ -50,7 +54,8 @@ TEST(VantorFilter, GivesWhatTheDriverGives)
 
         FilterRig rig;
         ASSERT_EQ(Set(rig, record), S_OK);
-        rig.filter->SetParam(kParamStretch, float(c.stretch / 100));   // as a factor; in percent it is rounded once more
+        rig.filter->SetParam(kParamStretch,
+                             float(c.stretch / 100));   // as a factor; in percent it is rounded once more
         ASSERT_EQ(rig.Start(c.channels, kRate), S_OK);
         Play(rig, in, c.channels, 1000);
         EXPECT_EQ(rig.take->pin.ends, 1);
@@ -209,6 +214,65 @@ TEST(VantorFilter, ACurveDrivesTheStretchAgainstTheInputsTime)
     EXPECT_EQ(rig.filter->IsFreeStretchPercent(), S_FALSE);
 }
 
+// Two threads set parameters, one reads them, one loads and saves, while audio streams; then a stop from outside, and a
+// flush, in the middle of it.
+TEST(VantorFilter, StreamsWhileSeveralThreadsTurnItsParameters)
+{
+    FilterRig rig;
+    ASSERT_EQ(rig.Start(1, kRate), S_OK);
+    std::atomic<bool> done = false;
+    const auto until = [&](auto work) {
+        return std::thread([&done, work] {
+            for (int i = 0; !done; ++i)
+                work(i);
+        });
+    };
+    auto& f = *rig.filter;
+    std::thread threads[] = {
+        until([&](int i) { f.SetParam(kParamPitch, float(i % 25 - 12)); }),
+        until([&](int i) {
+            f.SetStretchPercent(80 + i % 60);
+            MP_ENVELOPE_SEGMENT segment = {0, kSecond, 1.0f, 1.2f, MP_CURVE_LINEAR, 0};
+            f.AddEnvelope(kParamStretch, 1, &segment);
+            f.FlushEnvelope(kAllParams, 0, kSecond);
+        }),
+        until([&](int) {
+            QxVantorParams record;
+            f.GetParameters(&record);
+            EXPECT_TRUE(std::abs(record.pitchSemitones) <= 24.0);
+        }),
+        until([&](int) {
+            ComPtr<IStream> stream;
+            CreateStreamOnHGlobal(nullptr, TRUE, stream.Out());
+            f.Save(stream.Get(), FALSE);
+            stream->Seek({}, STREAM_SEEK_SET, nullptr);
+            EXPECT_EQ(f.Load(stream.Get()), S_OK);
+        }),
+        until([&](int i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            if (i % 4 == 0) {
+                rig.feed->pin.DeliverBeginFlush();
+                rig.feed->pin.DeliverEndFlush();
+            }
+        }),
+    };
+    const Signal in = Tone(2048, 440, kRate, 0.3);
+    for (int i = 0; i < 300; ++i) {
+        const HRESULT hr = rig.Send(in, i * 464399, i == 0);
+        EXPECT_TRUE(hr == S_OK || hr == S_FALSE || hr == VFW_E_NOT_COMMITTED) << hr;
+    }
+    std::thread stopper([&] { f.Stop(); });
+    while (SUCCEEDED(rig.Send(in, 0))) {   // stopped, or its buffers are taken away
+    }
+    stopper.join();
+    done = true;
+    for (auto& thread : threads)
+        thread.join();
+    for (const Taken& t : rig.taken)
+        for (const float x : t.audio)
+            ASSERT_TRUE(std::isfinite(x));
+}
+
 TEST(VantorFilter, ThePrivateInterfaceClampsStoresAndTells)
 {
     FilterRig rig;
@@ -249,11 +313,76 @@ TEST(VantorFilter, ThePrivateInterfaceClampsStoresAndTells)
     EXPECT_EQ(f.GetWaveFormat(nullptr, 0), E_POINTER);
 }
 
+TEST(VantorFilter, IsDirtyUntilItIsSavedAndTakesBackWhatItSaved)
+{
+    FilterRig rig;
+    auto& f = *rig.filter;
+    EXPECT_EQ(f.IsDirty(), S_OK) << "the default preset is a change";
+    f.SetPitchSemitones(2.5);
+    f.SetTempo(9000);
+    ComPtr<IStream> stream;
+    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Out()), S_OK);
+    ASSERT_EQ(f.Save(stream.Get(), TRUE), S_OK);
+    EXPECT_EQ(f.IsDirty(), S_FALSE);
+    f.SetPitchSemitones(2.5);
+    f.SetTempo(1);
+    EXPECT_EQ(f.IsDirty(), S_FALSE) << "neither a value that stays nor a field that is carried along";
+    f.SetBypass(1);
+    EXPECT_EQ(f.IsDirty(), S_OK);
+    EXPECT_EQ(f.Save(stream.Get(), TRUE), S_OK);
+    EXPECT_EQ(f.Save(stream.Get(), FALSE), S_OK);
+    EXPECT_EQ(f.IsDirty(), S_OK) << "a copy for somebody else";
+
+    ASSERT_EQ(stream->Seek({}, STREAM_SEEK_SET, nullptr), S_OK);
+    ASSERT_EQ(f.Load(stream.Get()), S_OK);
+    QxVantorParams record;
+    f.GetParameters(&record);
+    EXPECT_EQ(record.pitchSemitones, 2.5);
+    EXPECT_EQ(record.tempo, 9000);
+    EXPECT_EQ(record.bypass, 0);
+    ULARGE_INTEGER size = {};
+    EXPECT_EQ(f.GetSizeMax(&size), S_OK);
+    EXPECT_EQ(size.QuadPart, 108u);
+    // A block that ends before its stretch leaves everything as it was.
+    ComPtr<IStream> cut;
+    CreateStreamOnHGlobal(nullptr, TRUE, cut.Out());
+    f.Save(cut.Get(), FALSE);
+    ULARGE_INTEGER length = {};
+    length.QuadPart = 30;
+    cut->SetSize(length);
+    cut->Seek({}, STREAM_SEEK_SET, nullptr);
+    EXPECT_EQ(f.Load(cut.Get()), E_FAIL);
+    double pitch = 0.0;
+    f.GetPitchSemitones(&pitch);
+    EXPECT_EQ(pitch, 2.5);
+}
+
+TEST(VantorFilter, APresetIsAFullRecord)
+{
+    FilterRig rig;
+    auto& f = *rig.filter;
+    DWORD count = 0;
+    EXPECT_EQ(f.GetPresetCount(&count), S_OK);
+    EXPECT_EQ(count, 8u);
+    f.SetTempo(9000);
+    f.SetMode(4);
+    EXPECT_EQ(f.SetPreset(8), E_INVALIDARG);
+    ASSERT_EQ(f.SetPreset(7), S_OK);
+    QxVantorParams record;
+    f.GetParameters(&record);
+    EXPECT_EQ(record.stretchPercent, 50.0);
+    EXPECT_EQ(record.pitchSemitones, -12.0);
+    EXPECT_EQ(record.mode, 0);
+    EXPECT_EQ(record.tempo, 0);
+    EXPECT_EQ(record.contentPitch, 7);
+}
+
 TEST(VantorFilter, AnswersForItsInterfaces)
 {
     FilterRig rig;
     for (const IID& iid : {IID_IBaseFilter, IID_IMediaFilter, IID_IQxVantorProp2, IID_IMediaParams, IID_IMediaParamInfo,
-                           IID_IMediaParamsSetUICallback, IID_ISpecifyPropertyPages}) {
+                           IID_IMediaParamsSetUICallback, IID_ISpecifyPropertyPages, IID_IPersistStream,
+                           IID_IStaticFilterPreset, IID_IQxTranslationInfo}) {
         ComPtr<IUnknown> p;
         EXPECT_EQ(rig.filter->NonDelegatingQueryInterface(iid, reinterpret_cast<void**>(p.Out())), S_OK);
     }
