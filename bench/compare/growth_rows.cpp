@@ -26,14 +26,6 @@ double Held()
     return double(info.uordblks + info.hblkhd);
 }
 
-double heldWithin[2];   // bytes in a stream: after the first time, after the last
-int timesWithin;
-
-void NoteHeld()
-{
-    heldWithin[timesWithin++ > 0] = Held();
-}
-
 }   // namespace
 
 Section GrowthRows()
@@ -59,11 +51,13 @@ Section MemoryRows()
     const Material minute = Music(60.0);
     for (const Mode& mode : kModes) {
         const double before = Held();
-        timesWithin = 0;
-        RenderOurs(mode, minute, kSetting, 10, NoteHeld);
-        section.rows.push_back({mode.name, (heldWithin[0] - before) / 1e6, Bar::kAtMost, {}, " MB"});
-        section.rows.push_back(
-            {std::string(mode.name) + ", growth", heldWithin[1] - heldWithin[0], Bar::kAtMost, 0.0, " bytes"});
+        OwnDriver driver(mode, minute.channels, minute.rate, kSetting);
+        driver.Push(minute);
+        const double first = Held();
+        for (int i = 1; i < 10; ++i)
+            driver.Push(minute);
+        section.rows.push_back({mode.name, (first - before) / 1e6, Bar::kAtMost, {}, " MB"});
+        section.rows.push_back({std::string(mode.name) + ", growth", Held() - first, Bar::kAtMost, 0.0, " bytes"});
     }
     return section;
 }

@@ -1,11 +1,8 @@
 #include "bench/compare/own_driver.h"
 
-#include "aplugins/qxvantor/vtn.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 namespace {
 
@@ -23,41 +20,41 @@ QxVantorParams MakeRecord(const Mode& mode, const Setting& setting)
     return record;
 }
 
-void Push(CVtn* vtn, const Material& in, std::vector<float>* room)
-{
-    const auto channels = size_t(in.channels);
-    for (int64_t at = 0; at < in.Frames();) {
-        auto taken = uint32_t(std::min<int64_t>(kBlock, in.Frames() - at)), given = kRoom;
-        vtn->ProcessBlock(false, in.interleaved.data() + size_t(at) * channels, &taken, room->data(), &given);
-        at += taken;
-    }
-}
-
-void Drain(CVtn* vtn, std::vector<float>* room)
-{
-    uint32_t none = 0, given = 0;
-    do
-        given = kRoom;
-    while (vtn->ProcessBlock(true, nullptr, &none, room->data(), &given) == 0);
-}
-
 }   // namespace
 
-int64_t RenderOurs(const Mode& mode, const Material& in, const Setting& setting, int times, void (*between)())
+OwnDriver::OwnDriver(const Mode& mode, int32_t channels, int32_t rate, const Setting& setting)
+    : vtn(channels, float(rate), 2048), room(size_t(kRoom) * size_t(channels))
 {
-    CVtn vtn(in.channels, float(in.rate), 2048);
     vtn.Reset();
     QxVantorParams record = MakeRecord(mode, setting);
     vtn.SetParams(&record, true);
     vtn.UpdateRatios(false);
     if (!vtn.HasEngine())
-        std::exit((std::fprintf(stderr, "compare: no engine for %s\n", mode.name), 1));
-    std::vector<float> room(size_t(kRoom) * size_t(in.channels));
-    for (int i = 0; i < times; ++i) {
-        Push(&vtn, in, &room);
-        if (between)
-            between();
+        std::exit((std::fprintf(stderr, "no engine for %s\n", mode.name), 1));
+}
+
+void OwnDriver::Push(const Material& in)
+{
+    for (int64_t at = 0; at < in.Frames();) {
+        auto taken = uint32_t(std::min<int64_t>(kBlock, in.Frames() - at)), given = kRoom;
+        vtn.ProcessBlock(false, in.interleaved.data() + at * in.channels, &taken, room.data(), &given);
+        at += taken;
     }
-    Drain(&vtn, &room);
-    return vtn.FramesOut();
+}
+
+void OwnDriver::Drain()
+{
+    uint32_t none = 0, given = 0;
+    do
+        given = kRoom;
+    while (vtn.ProcessBlock(true, nullptr, &none, room.data(), &given) == 0);
+}
+
+int64_t RenderOurs(const Mode& mode, const Material& in, const Setting& setting, int times)
+{
+    OwnDriver driver(mode, in.channels, in.rate, setting);
+    for (int i = 0; i < times; ++i)
+        driver.Push(in);
+    driver.Drain();
+    return driver.FramesOut();
 }
