@@ -56,8 +56,9 @@ Section MemoryRows()
         const double first = Held();
         for (int i = 1; i < 10; ++i)
             driver.Push(minute);
+        const double growth = Held() - first;
         section.rows.push_back({mode.name, (first - before) / 1e6, Bar::kAtMost, {}, " MB"});
-        section.rows.push_back({std::string(mode.name) + ", growth", Held() - first, Bar::kAtMost, 0.0, " bytes"});
+        section.rows.push_back({std::string(mode.name) + ", growth", growth, Bar::kAtMost, 0.0, " bytes"});
     }
     return section;
 }
