@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs the tests. --sanitize does so under the address and undefined behaviour
-# sanitizers instead, --windows with the cross build under Wine; --fuzz runs each fuzzer for a minute and speaks only of
-# what it finds.
+# sanitizers instead, --threads those of what threads share under the thread sanitizer, --windows all with the cross build
+# under Wine; --fuzz runs each fuzzer for a minute and speaks only of what it finds.
 set -eu
 cd "$(dirname "$0")"
 . cmake/packages.sh
@@ -24,16 +24,22 @@ fuzz() {
     done
 }
 
+targets=() labels=()
 case "${1:-}" in
     "") preset=release ;;
     --sanitize) preset=asan ;;
+    --threads)
+        preset=tsan
+        targets=(--target test_kernel test_platform test_media)
+        labels=(-L '^(kernel|platform|media)$')
+        ;;
     --windows)
         preset=windows
         need_packages "${windows_packages[@]}"
         ;;
     --fuzz) fuzz; exit ;;
-    *) echo "usage: ./test.sh [--sanitize|--windows|--fuzz]" >&2; exit 2 ;;
+    *) echo "usage: ./test.sh [--sanitize|--threads|--windows|--fuzz]" >&2; exit 2 ;;
 esac
 need_packages "${build_packages[@]}" "${test_packages[@]}"
-build_preset "$preset"
-ctest --preset "$preset" -j "$(nproc)"
+build_preset "$preset" "${targets[@]}"
+ctest --preset "$preset" "${labels[@]}" -j "$(nproc)"
