@@ -17,6 +17,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/qxvantorConfigVersion.cma
 install(FILES ${PROJECT_BINARY_DIR}/qxvantorConfig.cmake ${PROJECT_BINARY_DIR}/qxvantorConfigVersion.cmake
   DESTINATION ${package_dir})
 
+install(TARGETS qxvantor LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/qxvantor)
 if(TARGET vantor)
   install(TARGETS vantor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()

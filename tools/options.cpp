@@ -120,6 +120,12 @@ constexpr Option kOptions[] = {
     {0, "format", [](Parsed* p, const Argument& a) { p->options.container = Named(a, Containers()).container; },
      nullptr},
     {0, "bits", [](Parsed* p, const Argument& a) { p->options.encoding = Named(a, kBits).encoding; }, nullptr},
+    {0, "preset", [](Parsed* p, const Argument& a) { p->options.preset = a.value; }, nullptr},
+    {0, "load-state", [](Parsed* p, const Argument& a) { p->options.loadState = a.value; }, nullptr},
+    {0, "save-state", [](Parsed* p, const Argument& a) { p->options.saveState = a.value; }, nullptr},
+    {0, "automation", [](Parsed* p, const Argument& a) { p->options.automation = a.value; }, nullptr},
+    {0, "list-presets", nullptr, [](Options* o) { o->action = Options::Action::kListPresets; }},
+    {0, "list-params", nullptr, [](Options* o) { o->action = Options::Action::kListParams; }},
     {'q', "quiet", nullptr, [](Options* o) { o->quiet = true; }},
     {0, "json", nullptr, [](Options* o) { o->json = true; }},
     {0, "version", nullptr, [](Options* o) { o->action = Options::Action::kVersion; }},
@@ -167,6 +173,22 @@ void TakePlace(Options* options, const std::string& argument)
         throw UsageFailure("a file name is empty");
 }
 
+void CheckTogether(Options* options)
+{
+    if (options->preset && options->loadState)
+        throw UsageFailure("--load-state " + *options->loadState +
+                           ": only one of --preset and --load-state can be given");
+    if (options->action != Options::Action::kRender || !options->output.empty())
+        return;
+    if (!options->input.empty())
+        throw UsageFailure(options->input + ": an output file is needed too; see --help");
+    if (!options->saveState)
+        throw UsageFailure("an input and an output file are needed; see --help");
+    options->action = Options::Action::kSaveState;
+    if (options->duration)
+        throw UsageFailure("--duration: there is no input to bring to a duration");
+}
+
 }   // namespace
 
 Options ParseOptions(std::span<char* const> arguments)
@@ -197,11 +219,8 @@ Options ParseOptions(std::span<char* const> arguments)
             throw UsageFailure(written + ": a value is missing");
         option.take(&parsed, {written, *value});
     }
-    const Options& options = parsed.options;
-    if (options.action == Options::Action::kRender && options.output.empty())
-        throw UsageFailure(options.input.empty() ? "an input and an output file are needed; see --help"
-                                                 : options.input + ": an output file is needed too; see --help");
-    return options;
+    CheckTogether(&parsed.options);
+    return parsed.options;
 }
 
 const char* HelpText()
@@ -209,27 +228,31 @@ const char* HelpText()
     return "usage: vantor [options] INPUT OUTPUT\n"
            "       vantor analyze WHAT INPUT ...\n"
            "Changes the duration and the pitch of a recording, each without the other.\n"
-           "  -t, --time X           output duration / input duration, 0.1 to 10\n"
-           "  -T, --tempo X          the same told as a tempo, 1/X\n"
-           "  -D, --duration SEC     output duration in seconds, exact to the frame\n"
-           "  -p, --pitch ST         pitch shift in semitones, -24 to 24, fractions too\n"
-           "  -F, --formant PERCENT  0 keeps the formants, 100 (default) lets them follow\n"
-           "  -c, --content 3..9     lowest pitch of the content, 86 to 5512 Hz; default 7\n"
-           "  -m, --mode MODE        pro, efficient, soloist-mono or soloist-speech;\n"
-           "                         default: the best mode that is built\n"
-           "      --sync 0|1         1 keeps the output in time while the pitch glides\n"
-           "      --block FRAMES     host block size, 1 to 1048576; default 4096\n"
-           "      --format NAME      wav, w64, rf64, aiff, flac, ogg or opus; default: by\n"
-           "                         OUTPUT's extension, or else as the input\n"
-           "      --bits N           8, 16, 24, 32, 32f or 64f; default: as the input\n"
-           "  -q, --quiet            no progress bar, no remarks\n"
-           "      --json             a report of the run on standard output\n"
-           "      --version, --help\n"
+           "  -t, --time X            output duration / input duration, 0.1 to 10\n"
+           "  -T, --tempo X           the same told as a tempo, 1/X\n"
+           "  -D, --duration SEC      output duration in seconds, exact to the frame\n"
+           "  -p, --pitch ST          pitch shift in semitones, -24 to 24, fractions too\n"
+           "  -F, --formant PERCENT   0 keeps the formants, 100 (default) lets them follow\n"
+           "  -c, --content 3..9      lowest pitch of the content, 86 to 5512 Hz; default 7\n"
+           "  -m, --mode MODE         pro (default), efficient, soloist-mono, soloist-speech\n"
+           "      --sync 0|1          1 keeps the output in time while the pitch glides\n"
+           "      --preset N|NAME     start from a preset;  --list-presets shows them\n"
+           "      --automation FILE   curves: PARAM START END FROM TO CURVE, a line each;\n"
+           "                          --list-params shows names, ranges and curves\n"
+           "      --save-state FILE, --load-state FILE    the settings as hosts keep them\n"
+           "      --block FRAMES      host block size, 1 to 1048576; default 4096\n"
+           "      --format NAME       wav, w64, rf64, aiff, flac, ogg or opus; default: by\n"
+           "                          OUTPUT's extension, or else as the input\n"
+           "      --bits N            8, 16, 24, 32, 32f or 64f; default: as the input\n"
+           "  -q, --quiet             no progress bar, no remarks\n"
+           "      --json, --version, --help\n"
            "OUTPUT appears when it is whole. Exit status: 0 done, 1 data, 2 usage.\n";
 }
 
 const char* ModeName(int32_t mode)
 {
+    if (mode == kModePro + 1 || mode == kModeEfficient + 1)   // numbers that run as the mode before them
+        --mode;
     const auto* const row = std::ranges::find(kModes, mode, &ModeEntry::mode);
     return row == std::end(kModes) ? "" : row->name;
 }

@@ -9,17 +9,24 @@
 #include <string>
 
 struct Options {
-    enum class Action { kRender, kHelp, kVersion };
+    enum class Action { kRender, kSaveState, kListPresets, kListParams, kHelp, kVersion };
 
     Action action = Action::kRender;
-    std::string input, output;
-    double stretch = 1.0;             // output duration / input duration, 0.1 to 10
+    std::string input, output;   // both empty for kSaveState
+
+    // Where the filter starts: a preset (number or name), or a saved state; its own start without either.
+    std::optional<std::string> preset, loadState;
+    // What is told by itself goes over that.
+    std::optional<double> stretch;    // output duration / input duration, 0.1 to 10
     std::optional<double> duration;   // seconds of output, in place of the stretch
-    double pitch = 0.0;               // semitones, -24 to 24
-    double formant = 100.0;           // percent
-    int32_t content = 7;              // 3 to 9
-    std::optional<int32_t> mode;      // TensioMode; the best one that is built when not told
-    bool sync = false;
+    std::optional<double> pitch;      // semitones, -24 to 24
+    std::optional<double> formant;    // percent
+    std::optional<int32_t> content;   // 3 to 9
+    std::optional<int32_t> mode;      // TensioMode
+    std::optional<bool> sync;
+    std::optional<std::string> automation;   // a file of curves
+    std::optional<std::string> saveState;    // a file for the filter's state as rendering starts
+
     uint32_t block = 4096;   // frames of a host block
     std::optional<Container> container;
     std::optional<Encoding> encoding;

@@ -1,42 +1,27 @@
 #include "tools/render.h"
 
-#include "aplugins/qxvantor/vtn.h"
+#include "engine/tensio_pro_if.h"
 #include "tools/failure.h"
+#include "tools/file_source.h"
+#include "tools/file_writer.h"
+#include "tools/filter_settings.h"
+#include "tools/graph_run.h"
 #include "tools/interruption.h"
 #include "tools/output_file.h"
+#include "tools/plugin_module.h"
 #include "tools/progress.h"
+#include "tools/promise.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <vector>
 
 namespace {
 
-constexpr int32_t kDriverBlock = 2048;
+constexpr int32_t kMostChannels = 32;
 constexpr uint32_t kRoomFactor = 10;                 // of output for a block of input: the longest stretch
 constexpr int64_t kMostSamples = int64_t(1) << 27;   // of room for one block's output
 constexpr double kLongestTrim = 1e-6;                // of the length, besides a few frames: float factors round so
-
-constexpr int32_t kModesByQuality[] = {kModePro, kModeEfficient, kModeSoloistSpeech, kModeSoloistMono};
-
-bool IsBuilt(int32_t mode)
-{
-    CTensioProIf* engine = nullptr;
-    const bool built = CreateInstance(&engine, kMaxBlockFrames, 1, 44100.0f, mode) == kSuccess;
-    if (engine)
-        DeleteInstance(&engine);
-    return built;
-}
-
-int32_t ChooseMode(const Options& options)
-{
-    if (!options.mode)
-        return BestMode();
-    if (!IsBuilt(*options.mode))
-        throw UsageFailure("--mode " + std::string(ModeName(*options.mode)) + ": not built into this program");
-    return *options.mode;
-}
 
 std::string Text(double value)
 {
@@ -48,7 +33,7 @@ std::string Text(double value)
 void CheckInput(const AudioReader& input, const Options& options)
 {
     const AudioFormat& format = input.Format();
-    if (format.channels < 1 || format.channels > kMaxDriverChannels)
+    if (format.channels < 1 || format.channels > kMostChannels)
         throw DataFailure(options.input + ": " + std::to_string(format.channels) +
                           " channels; 1 to 32 can be rendered");
     if (float(format.rate) < kMinSampleRate || float(format.rate) > kMaxSampleRate)
@@ -67,7 +52,8 @@ std::optional<int64_t> TargetFrames(const AudioReader& input, const Options& opt
     return std::llround(*options.duration * input.Format().rate);
 }
 
-double StretchFor(const AudioReader& input, const Options& options, std::optional<int64_t> target)
+// Nothing when the filter's own start decides.
+std::optional<double> StretchFor(const AudioReader& input, const Options& options, std::optional<int64_t> target)
 {
     if (!target)
         return options.stretch;
@@ -77,107 +63,9 @@ double StretchFor(const AudioReader& input, const Options& options, std::optiona
     if (!(stretch >= 0.1 && stretch <= 10.0))
         throw UsageFailure("--duration " + Text(*options.duration) + ": asks for a stretch of " + Text(stretch) +
                            ", not within 0.1 to 10");
-    // The driver's factor has 24 bits; the next one up makes a few frames too many, to be trimmed, never too few.
+    // The filter's factor has 24 bits; the next one up makes a few frames too many, to be trimmed, never too few.
     return std::min(10.0, double(std::nextafter(float(stretch), 11.0f)));
 }
-
-QxVantorParams MakeRecord(const Options& options, double stretch, int32_t mode)
-{
-    QxVantorParams record{};
-    record.mode = mode;
-    record.stretchPercent = 100.0 * stretch;
-    record.pitchSemitones = options.pitch;
-    record.formantPercent = options.formant;
-    record.contentPitch = options.content;
-    record.syncPitch = options.sync;
-    return record;
-}
-
-class Rendering {
-public:
-    Rendering(const Options& theOptions, AudioReader* theInput, AudioWriter* theOutput, CVtn* theVtn, Report* theReport)
-        : options(theOptions), input(theInput), output(theOutput), vtn(theVtn), report(theReport),
-          channels(theInput->Format().channels), inBlock(size_t(options.block) * size_t(channels)),
-          outBlock(kRoomFactor * inBlock.size()), progress(!options.quiet, input->Frames(), input->Format().rate)
-    {
-    }
-
-    // False when a signal came.
-    bool Run()
-    {
-        while (const int64_t got = ReadBlock()) {
-            for (uint32_t taken = 0; taken < got;) {
-                if (Interruption())
-                    return false;
-                taken += Pass(false, inBlock.data() + size_t(taken) * size_t(channels), uint32_t(got) - taken);
-            }
-            progress.Show(report->framesIn);
-        }
-        while (!drained) {
-            if (Interruption())
-                return false;
-            Pass(true, nullptr, 0);
-        }
-        report->seconds = progress.Seconds();
-        return true;
-    }
-
-    // Brings the output to a length, by the frames that the rounding of factors leaves.
-    void EndAt(int64_t frames) { end = frames; }
-    void FillToEnd()
-    {
-        report->framesTrimmed = vtn->FramesOut() - end;
-        if (std::abs(report->framesTrimmed) > 64 + int64_t(kLongestTrim * double(end)))
-            throw DataFailure(options.input + ": the duration is missed by " + std::to_string(report->framesTrimmed) +
-                              " frames");
-        std::ranges::fill(outBlock, 0.0f);
-        while (report->framesOut < end)
-            Write(std::min<int64_t>(end - report->framesOut, int64_t(kRoomFactor) * options.block));
-    }
-
-private:
-    int64_t ReadBlock()
-    {
-        const int64_t got = input->Read(inBlock.data(), options.block);
-        report->framesIn += got;
-        for (float& sample : std::span(inBlock).first(size_t(got * channels)))
-            if (!std::isfinite(sample)) {
-                sample = 0.0f;
-                ++report->nonFinite;
-            }
-        return got;
-    }
-
-    uint32_t Pass(bool flush, const float* in, uint32_t given)
-    {
-        uint32_t taken = given, produced = kRoomFactor * options.block;
-        drained = vtn->ProcessBlock(flush, in, &taken, outBlock.data(), &produced) == 1;
-        Write(std::min<int64_t>(produced, end - report->framesOut));
-        if (taken == 0 && produced == 0 && !drained)
-            throw DataFailure(options.input + ": the engine does not go on");
-        return taken;
-    }
-
-    void Write(int64_t frames)
-    {
-        const auto samples = std::span(outBlock).first(size_t(frames * channels));
-        for (const float sample : samples)
-            report->peak = std::max(report->peak, double(std::abs(sample)));
-        output->Write(samples.data(), frames);
-        report->framesOut += frames;
-    }
-
-    const Options& options;
-    AudioReader* input;
-    AudioWriter* output;
-    CVtn* vtn;
-    Report* report;
-    int64_t channels;
-    std::vector<float> inBlock, outBlock;
-    Progress progress;
-    int64_t end = INT64_MAX;
-    bool drained = false;
-};
 
 void Remark(const Options& options, const std::string& text)
 {
@@ -185,17 +73,52 @@ void Remark(const Options& options, const std::string& text)
         std::fprintf(stderr, "vantor: %s\n", text.c_str());
 }
 
-// The product of stretch and pitch has a bound of its own, which the driver keeps by giving way with the stretch.
-void CheckFactors(const Options& options, double asked, const CVtn& vtn)
+// The product of stretch and pitch has a bound of its own, which the filter keeps by giving way with the stretch.
+void CheckFactors(const Options& options, const Report& report)
 {
-    const double inForce = vtn.GetStretch();
-    if (std::abs(inForce - asked) <= 1e-6 * asked)
+    const double asked = report.requestedStretch;
+    if (report.record.bypass || std::abs(report.stretch - asked) <= 1e-6 * asked)
         return;
-    const std::string text = "stretch " + Text(asked) + " and pitch " + Text(options.pitch) +
+    const std::string text = "stretch " + Text(asked) + " and pitch " + Text(report.record.pitchSemitones) +
                              " together exceed the engine's range of 0.1 to 10";
     if (options.duration)
         throw UsageFailure(text + ", and the duration cannot be had");
-    Remark(options, text + "; the stretch becomes " + Text(inForce));
+    Remark(options, text + "; the stretch becomes " + Text(report.stretch));
+}
+
+// The filter as the options want it, and what that comes to.
+void Prepare(IBaseFilter* filter, const Options& options, std::optional<double> stretch, Report* report)
+{
+    ApplyStart(filter, options);
+    ApplyValues(filter, options, stretch);
+    if (ApplyAutomation(filter, options) && options.duration)
+        throw UsageFailure("--duration " + Text(*options.duration) + ": " + *options.automation +
+                           " drives the stretch, so the duration cannot be had");
+    report->record = RecordOf(filter);
+    report->requestedStretch = stretch.value_or(report->record.stretchPercent / 100.0);
+    const Factors factors = FactorsInForce(report->record, report->input.rate);
+    report->stretch = factors.stretch;
+    report->pitchFactor = factors.pitch;
+    CheckFactors(options, *report);
+}
+
+// A duration is met by the few frames that the rounding of factors leaves; a promise at constant factors is met exactly.
+void MeetLength(const Options& options, std::optional<int64_t> target, FileWriter* writer, Report* report)
+{
+    const int64_t promised =
+        options.automation ? writer->FramesTaken() : PromisedFrames(report->framesIn, report->stretch);
+    report->framesPromised = target.value_or(promised);
+    if (target) {
+        report->framesTrimmed = writer->FramesTaken() - *target;
+        if (std::abs(report->framesTrimmed) > 64 + int64_t(kLongestTrim * double(*target)))
+            throw DataFailure(options.input + ": the duration is missed by " + std::to_string(report->framesTrimmed) +
+                              " frames");
+        writer->FillToEnd();
+    }
+    report->framesOut = writer->FramesWritten();
+    if (report->framesOut != report->framesPromised)
+        throw DataFailure(options.input + ": the engine gave " + std::to_string(report->framesOut) + " frames of " +
+                          std::to_string(report->framesPromised));
 }
 
 void TellLosses(const Options& options, const Report& report)
@@ -208,56 +131,58 @@ void TellLosses(const Options& options, const Report& report)
                             " samples exceeded full scale and were limited");
 }
 
-}   // namespace
-
-int32_t BestMode()
+// False when a signal came.
+bool Stream(const Options& options, AudioReader* input, IBaseFilter* filter, AudioWriter* output,
+            std::optional<int64_t> target, Report* report)
 {
-    const auto* const mode = std::ranges::find_if(kModesByQuality, IsBuilt);
-    if (mode == std::end(kModesByQuality))
-        throw DataFailure("no engine is built into this program");
-    return *mode;
+    const ComPtr<FileSource> source(new FileSource(input, options.block));
+    const ComPtr<FileWriter> writer(new FileWriter(output, report->input));
+    if (target)
+        writer->EndAt(*target);
+    GraphRun run(options.input, source.Get(), filter, writer.Get());
+    Progress progress(!options.quiet, input->Frames(), report->input.rate);
+    const bool complete = run.Run([&] { progress.Show(source->FramesRead()); },
+                                  [&] {
+                                      source->failure.Rethrow();
+                                      writer->failure.Rethrow();
+                                  });
+    report->seconds = progress.Seconds();
+    report->framesIn = source->FramesRead();
+    report->nonFinite = source->NonFinite();
+    if (complete)
+        MeetLength(options, target, writer.Get(), report);
+    report->peak = writer->Peak();
+    return complete;
 }
+
+}   // namespace
 
 int Render(const Options& options, Report* report)
 {
-    report->mode = ChooseMode(options);
     const auto input = OpenAudio(options.input);
     CheckInput(*input, options);
     report->input = input->Format();
     report->output = ChooseFormat(input->Format(), options.output, options.container, options.encoding);
     const auto target = TargetFrames(*input, options);
-    report->requestedStretch = StretchFor(*input, options, target);
 
-    CVtn vtn(report->input.channels, float(report->input.rate), kDriverBlock);
-    vtn.Reset();
-    QxVantorParams record = MakeRecord(options, report->requestedStretch, report->mode);
-    vtn.SetParams(&record, true);
-    vtn.UpdateRatios(false);
-    if (!vtn.HasEngine())
-        throw DataFailure(options.input + ": no engine could be made for it; memory may be short");
-    CheckFactors(options, report->requestedStretch, vtn);
+    const PluginModule module;
+    const auto filter = module.CreateFilter();
+    Prepare(filter.Get(), options, StretchFor(*input, options, target), report);
 
     CatchInterruptions();
     OutputFile file(options.output, options.input);
-    const auto expected = int64_t(double(input->Frames()) * vtn.GetStretch());
+    std::optional<OutputFile> state;
+    if (options.saveState)
+        state.emplace(*options.saveState, options.input).Write(SavedState(filter.Get()));
+    const auto expected = int64_t(double(input->Frames()) * report->stretch);
     const auto output = CreateAudio(file.Descriptor(), options.output, report->output, expected, input->Tags());
-    Rendering rendering(options, input.get(), output.get(), &vtn, report);
-    if (target)
-        rendering.EndAt(*target);
-    if (!rendering.Run())
+    if (!Stream(options, input.get(), filter.Get(), output.get(), target, report))
         return Interruption();
-    if (target)
-        rendering.FillToEnd();
-    report->stretch = vtn.GetStretch();
-    report->pitchFactor = vtn.GetPitch();
-    report->framesPromised = target.value_or(vtn.FramesExpected());
-    report->framesPadded = vtn.FramesPadded();
-    if (report->framesOut != report->framesPromised)
-        throw DataFailure(options.input + ": the engine gave " + std::to_string(report->framesOut) + " frames of " +
-                          std::to_string(report->framesPromised));
     output->Finish();
     report->clipped = output->Clipped();
     file.Commit();
+    if (state)
+        state->Commit();
     TellLosses(options, *report);
     return 0;
 }

@@ -1,4 +1,4 @@
-// Renders one file into another through the stream driver, as a host does.
+// Renders one file into another through the plug-in, as a host does.
 #pragma once
 
 #include "tools/options.h"
@@ -7,6 +7,3 @@
 // Throws a Failure; the output's place is then as it was. Gives a signal's number when one ended the rendering, with
 // nothing left behind either, or else 0 and the report.
 int Render(const Options& options, Report* report);
-
-// The best engine mode that this build has; throws a Failure when it has none.
-int32_t BestMode();

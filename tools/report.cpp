@@ -55,9 +55,9 @@ Lines Requested(const Report& r, const Options& o)
     lines.Number("stretch", r.requestedStretch);
     if (o.duration)
         lines.Number("duration", *o.duration);
-    lines.Number("pitch_semitones", o.pitch);
-    lines.Number("formant_percent", o.formant);
-    lines.Count("content", o.content);
+    lines.Number("pitch_semitones", o.pitch.value_or(r.record.pitchSemitones));
+    lines.Number("formant_percent", o.formant.value_or(r.record.formantPercent));
+    lines.Count("content", r.record.contentPitch);
     return lines;
 }
 
@@ -77,7 +77,7 @@ std::string ReportAsJson(const Report& r, const Options& o)
     Lines lines;
     lines.Text("input", o.input);
     lines.Text("output", o.output);
-    lines.Text("mode", ModeName(r.mode));
+    lines.Text("mode", ModeName(r.record.mode));
     lines.Count("channels", r.input.channels);
     lines.Count("sample_rate", r.input.rate);
     lines.Nested("request", Requested(r, o));
@@ -85,7 +85,6 @@ std::string ReportAsJson(const Report& r, const Options& o)
     lines.Count("frames_in", r.framesIn);
     lines.Count("frames_out", r.framesOut);
     lines.Count("frames_promised", r.framesPromised);
-    lines.Count("frames_padded", r.framesPadded);
     lines.Count("frames_trimmed", r.framesTrimmed);
     lines.Count("non_finite_samples", r.nonFinite);
     lines.Count("clipped_samples", r.clipped);

@@ -1,6 +1,7 @@
 // What a rendering was and what came of it.
 #pragma once
 
+#include "aplugins/qxvantor/vantor_params.h"
 #include "tools/options.h"
 
 #include <cstdint>
@@ -8,14 +9,13 @@
 
 struct Report {
     AudioFormat input, output;
-    int32_t mode = 0;
+    QxVantorParams record{};         // the filter's as rendering starts
     double requestedStretch = 1.0;   // as asked, or as a duration made it
-    double stretch = 1.0;            // in force
-    double pitchFactor = 1.0;        // in force
+    double stretch = 1.0;            // in force, as rendering starts
+    double pitchFactor = 1.0;        // likewise
     int64_t framesIn = 0;
     int64_t framesOut = 0;
-    int64_t framesPromised = 0;   // by the factors in force, or by the duration
-    int64_t framesPadded = 0;     // silence that stands for what the engine's tail lacked
+    int64_t framesPromised = 0;   // by the factors in force, or by the duration; what came under automation
     int64_t framesTrimmed = 0;    // at the end, to meet a duration; negative: added
     int64_t nonFinite = 0;        // input samples replaced by 0
     int64_t clipped = 0;          // output samples limited by the file's encoding

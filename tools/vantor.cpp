@@ -1,8 +1,12 @@
-// The command line host: renders a file through the stream driver.
+// The command line host: renders a file through the plug-in.
 #include "tools/analyze.h"
 #include "tools/failure.h"
+#include "tools/filter_settings.h"
 #include "tools/interruption.h"
+#include "tools/listing.h"
 #include "tools/options.h"
+#include "tools/output_file.h"
+#include "tools/plugin_module.h"
 #include "tools/render.h"
 #include "tools/report.h"
 
@@ -13,19 +17,25 @@
 
 namespace {
 
-int Run(std::span<char* const> arguments)
+void SaveState(const Options& options)
 {
-    if (!arguments.empty() && std::strcmp(arguments[0], "analyze") == 0)
-        return Analyze(arguments.subspan(1));
-    const Options options = ParseOptions(arguments);
-    if (options.action == Options::Action::kHelp) {
-        std::fputs(HelpText(), stdout);
-        return 0;
-    }
-    if (options.action == Options::Action::kVersion) {
-        std::puts("vantor " QX_VERSION);
-        return 0;
-    }
+    const PluginModule module;
+    const auto filter = module.CreateFilter();
+    ApplyStart(filter.Get(), options);
+    ApplyValues(filter.Get(), options, options.stretch);
+    OutputFile file(*options.saveState, "");
+    file.Write(SavedState(filter.Get()));
+    file.Commit();
+}
+
+void List(std::string (*listing)(IBaseFilter*))
+{
+    const PluginModule module;
+    std::fputs(listing(module.CreateFilter().Get()).c_str(), stdout);
+}
+
+void RenderAndTell(const Options& options)
+{
     Report report;
     if (const int signal = Render(options, &report)) {
         std::fprintf(stderr, "vantor: interrupted; %s is as it was\n", options.output.c_str());
@@ -33,6 +43,33 @@ int Run(std::span<char* const> arguments)
     }
     if (options.json)
         std::fputs(ReportAsJson(report, options).c_str(), stdout);
+}
+
+int Run(std::span<char* const> arguments)
+{
+    if (!arguments.empty() && std::strcmp(arguments[0], "analyze") == 0)
+        return Analyze(arguments.subspan(1));
+    const Options options = ParseOptions(arguments);
+    switch (options.action) {
+    case Options::Action::kHelp:
+        std::fputs(HelpText(), stdout);
+        break;
+    case Options::Action::kVersion:
+        std::puts("vantor " QX_VERSION);
+        break;
+    case Options::Action::kListPresets:
+        List(PresetListing);
+        break;
+    case Options::Action::kListParams:
+        List(ParamListing);
+        break;
+    case Options::Action::kSaveState:
+        SaveState(options);
+        break;
+    case Options::Action::kRender:
+        RenderAndTell(options);
+        break;
+    }
     return 0;
 }
 

@@ -11,6 +11,11 @@ using ENUMRESTYPEPROCW = BOOL (*)(HMODULE hModule, LPWSTR pszType, LONG_PTR lPar
 using ENUMRESNAMEPROCW = BOOL (*)(HMODULE hModule, LPCWSTR pszType, LPWSTR pszName, LONG_PTR lParam);
 using ENUMRESLANGPROCW = BOOL (*)(HMODULE hModule, LPCWSTR pszType, LPCWSTR pszName, WORD wLanguage, LONG_PTR lParam);
 
+// A shared library that exports DllMain(instance, reason, reserved) hears of its first load and of its last release; when
+// it gives FALSE to the load, the load fails with ERROR_DLL_INIT_FAILED.
+inline constexpr DWORD DLL_PROCESS_DETACH = 0;
+inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
+
 // As data file: an image of compiled resources, which must be whole, else ERROR_BAD_EXE_FORMAT. Otherwise a shared
 // library. hFile is null.
 HMODULE LoadLibraryExW(LPCWSTR pszPath, HANDLE hFile, DWORD dwFlags);

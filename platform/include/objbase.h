@@ -3,6 +3,13 @@
 
 #include <objidl.h>
 
+// Of what a module exports.
+#define STDAPI extern "C" __attribute__((visibility("default"))) HRESULT
+
+// What a module of components exports.
+STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, LPVOID* ppObject);
+STDAPI DllCanUnloadNow();
+
 LPVOID CoTaskMemAlloc(SIZE_T cb);
 LPVOID CoTaskMemRealloc(LPVOID p, SIZE_T cb);
 void CoTaskMemFree(LPVOID p);   // null is accepted

@@ -26,6 +26,8 @@ namespace {
 constexpr uintptr_t kDataFileMark = 1;
 
 struct ModuleTable {
+    std::recursive_mutex
+        loading;   // one load or release at a time, whatever the module's entry does; taken before lock
     std::mutex lock;
     std::map<HMODULE, std::unique_ptr<Module>> modules;
 };
@@ -125,6 +127,20 @@ HMODULE LoadDataFile(const std::string& path)
     return handle;
 }
 
+// What a module may have to say about its load and its end.
+BOOL CallEntry(void* library, HMODULE handle, DWORD reason)
+{
+    using EntryPoint = BOOL (*)(HINSTANCE, DWORD, LPVOID);
+    const auto entry = reinterpret_cast<EntryPoint>(dlsym(library, "DllMain"));
+    return entry ? entry(handle, reason, nullptr) : TRUE;
+}
+
+int ReferencesTo(ModuleTable& table, HMODULE handle)
+{
+    const std::lock_guard guard(table.lock);
+    return EnsureLoaded(table, handle).references;
+}
+
 HMODULE LoadShared(const std::string& path)
 {
     if (path.find('/') != std::string::npos && access(path.c_str(), F_OK) != 0)
@@ -135,6 +151,11 @@ HMODULE LoadShared(const std::string& path)
         return Refuse<HMODULE>(path.find('/') != std::string::npos ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
     const HMODULE handle = ModuleOfAddress(map->l_ld);
     ModuleTable& table = Table();
+    const std::lock_guard loading(table.loading);
+    if (ReferencesTo(table, handle) == 0 && !CallEntry(library, handle, DLL_PROCESS_ATTACH)) {
+        dlclose(library);
+        return Refuse<HMODULE>(ERROR_DLL_INIT_FAILED);
+    }
     const std::lock_guard guard(table.lock);
     Module& module = EnsureLoaded(table, handle);
     module.library = library;   // the linker counts too: each load here has its own reference there
@@ -205,16 +226,21 @@ HMODULE LoadLibraryExW(LPCWSTR pszPath, HANDLE hFile, DWORD dwFlags)
 BOOL FreeLibrary(HMODULE hModule)
 {
     void* library = nullptr;
+    bool last = false;
+    ModuleTable& table = Table();
+    const std::lock_guard loading(table.loading);
     {
-        ModuleTable& table = Table();
         const std::lock_guard guard(table.lock);
         const auto found = table.modules.find(hModule);
         if (found == table.modules.end() || found->second->references == 0)
             return Refuse(ERROR_INVALID_HANDLE);
         library = found->second->library;
-        if (--found->second->references == 0 && !library)
+        last = --found->second->references == 0;
+        if (last && !library)
             table.modules.erase(found);
     }
+    if (last && library)
+        CallEntry(library, hModule, DLL_PROCESS_DETACH);
     if (library)
         dlclose(library);   // its images withdraw, under the lock
     return TRUE;

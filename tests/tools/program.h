@@ -51,7 +51,7 @@ protected:
     // Starts the program in the folder; prepare runs in the child before it.
     pid_t Start(const std::vector<std::string>& arguments, const std::function<void()>& prepare = {}) const
     {
-        std::vector<char*> argv = {const_cast<char*>(VANTOR_PATH)};
+        std::vector<char*> argv = {const_cast<char*>(program.c_str())};
         for (const std::string& a : arguments)
             argv.push_back(const_cast<char*>(a.c_str()));
         argv.push_back(nullptr);
@@ -63,7 +63,7 @@ protected:
             _exit(99);
         if (prepare)
             prepare();
-        execv(VANTOR_PATH, argv.data());
+        execv(program.c_str(), argv.data());
         _exit(99);
     }
 
@@ -81,4 +81,5 @@ protected:
     }
 
     std::string folder;
+    std::string program = VANTOR_PATH;
 };
