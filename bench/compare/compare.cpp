@@ -16,9 +16,9 @@ constexpr struct {
     std::string_view name;
     Section (*measure)();
 } kSections[] = {
-    {"start", StartRows},   {"transform", TransformRows}, {"table", TableRows},     {"efficient", EfficientRows},
-    {"pro", ProRows},       {"soloist", SoloistRows},     {"program", ProgramRows}, {"growth", GrowthRows},
-    {"memory", MemoryRows},
+    {"start", StartRows}, {"transform", TransformRows}, {"table", TableRows},     {"efficient", EfficientRows},
+    {"pro", ProRows},     {"soloist", SoloistRows},     {"program", ProgramRows}, {"growth", GrowthRows},
+    {"graph", GraphRows}, {"memory", MemoryRows},
 };
 
 bool IsSection(std::string_view name)

@@ -30,5 +30,6 @@ Section ProRows();
 Section SoloistRows();
 Section ProgramRows();
 Section GrowthRows();
+Section GraphRows();
 Section MemoryRows();
 Section StartRows();
