@@ -5,11 +5,11 @@
 #include "tools/interruption.h"
 #include "tools/output_file.h"
 #include "tools/plot.h"
+#include "tools/standard_output.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 
 namespace {
 
@@ -111,19 +111,16 @@ void WriteAnalysis(const AnalysisArguments& arguments, const std::string& table,
 {
     const auto csvPath = arguments.Value("csv"), plotPath = arguments.Value("plot");
     if (!csvPath && !plotPath) {
-        std::fputs(table.c_str(), stdout);
-        if (std::fflush(stdout) != 0)
-            throw DataFailure("standard output: cannot write");
+        Print(table);
         return;
     }
     std::optional<OutputFile> csvFile, plotFile;
     if (csvPath)
         csvFile.emplace(*csvPath, arguments.input).Write(table);
-    if (plotPath) {
-        if (csvPath == plotPath)
-            throw UsageFailure(*plotPath + ": table and plot are the same file");
+    if (plotPath)
         plotFile.emplace(*plotPath, arguments.input).Write(plot.Png());
-    }
+    if (csvFile && plotFile && csvFile->Target() == plotFile->Target())
+        throw UsageFailure(*plotPath + ": table and plot are the same file");
     if (csvFile)
         csvFile->Commit();
     if (plotFile)

@@ -4,6 +4,7 @@
 #include "tools/analyze_marks.h"
 #include "tools/analyze_pitch.h"
 #include "tools/failure.h"
+#include "tools/standard_output.h"
 
 #include <string>
 #include <vector>
@@ -22,6 +23,13 @@ const std::vector<Analysis> kAnalyses = {
     {"pitch", AnalyzePitch},
 };
 
+constexpr char kHelp[] =
+    "usage: vantor analyze pitch INPUT [--csv FILE] [--plot FILE.png]\n"
+    "       vantor analyze marks INPUT [--csv FILE] [--plot FILE.png]\n"
+    "       vantor analyze envelope INPUT --time S [--content 3..9] [--csv FILE] [--plot FILE.png]\n"
+    "Shows what the engine hears in a recording: its pitch, the marks at which the Soloist modes cut it, or\n"
+    "the spectrum and the envelope around S seconds. Without --csv and --plot the table goes to standard output.\n";
+
 std::string Names()
 {
     std::string names;
@@ -37,6 +45,10 @@ int Analyze(std::span<char* const> arguments)
     if (arguments.empty())
         throw UsageFailure("analyze: what? " + Names());
     const std::string name = arguments.front();
+    if (name == "--help" || name == "-h") {
+        Print(kHelp);
+        return 0;
+    }
     for (const Analysis& analysis : kAnalyses)
         if (name == analysis.name)
             return analysis.run(arguments.subspan(1));

@@ -171,6 +171,8 @@ void TakePlace(Options* options, const std::string& argument)
         throw UsageFailure(argument + ": one input and one output are all there is; see --help");
     if (argument.empty())
         throw UsageFailure("a file name is empty");
+    if (argument == "-")
+        throw UsageFailure("-: audio comes from files and goes to files; ./- names a file");
 }
 
 void CheckTogether(Options* options)

@@ -28,7 +28,8 @@ bool SameFile(const struct stat& a, const std::string& path)
 OutputFile::OutputFile(const std::string& place, const std::string& input) : name(place)
 {
     struct stat existing {};
-    if (stat(name.c_str(), &existing) == 0) {
+    const bool exists = stat(name.c_str(), &existing) == 0;
+    if (exists) {
         if (SameFile(existing, input))
             throw UsageFailure(name + ": input and output are the same file");
         if (S_ISDIR(existing.st_mode))
@@ -51,6 +52,8 @@ OutputFile::OutputFile(const std::string& place, const std::string& input) : nam
     }
     if (descriptor < 0)
         throw DataFailure(name + ": cannot write: " + std::strerror(errno));
+    if (exists)
+        fchmod(descriptor, existing.st_mode & 0777);
 }
 
 OutputFile::~OutputFile()

@@ -9,13 +9,16 @@
 class OutputFile {
 public:
     // Throws a Failure when input and place are the same file, or when the place is no regular file or cannot be
-    // written. A symbolic link is followed: what it points to is replaced, and the link stays.
+    // written. A symbolic link is followed: what it points to is replaced, and the link stays. What is replaced leaves
+    // its permissions to the new file.
     OutputFile(const std::string& place, const std::string& input);
     ~OutputFile();   // removes what was not committed
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     int Descriptor() const { return descriptor; }
+    // Where the place leads: alike for all names of one place, but for hard links.
+    const std::string& Target() const { return target; }
     void Write(std::string_view contents);
     void Commit();
 

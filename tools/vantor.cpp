@@ -9,6 +9,7 @@
 #include "tools/plugin_module.h"
 #include "tools/render.h"
 #include "tools/report.h"
+#include "tools/standard_output.h"
 
 #include <cstdio>
 #include <cstring>
@@ -31,7 +32,7 @@ void SaveState(const Options& options)
 void List(std::string (*listing)(IBaseFilter*))
 {
     const PluginModule module;
-    std::fputs(listing(module.CreateFilter().Get()).c_str(), stdout);
+    Print(listing(module.CreateFilter().Get()).c_str());
 }
 
 void RenderAndTell(const Options& options)
@@ -42,7 +43,7 @@ void RenderAndTell(const Options& options)
         EndBy(signal);
     }
     if (options.json)
-        std::fputs(ReportAsJson(report, options).c_str(), stdout);
+        Print(ReportAsJson(report, options).c_str());
 }
 
 int Run(std::span<char* const> arguments)
@@ -52,10 +53,10 @@ int Run(std::span<char* const> arguments)
     const Options options = ParseOptions(arguments);
     switch (options.action) {
     case Options::Action::kHelp:
-        std::fputs(HelpText(), stdout);
+        Print(HelpText());
         break;
     case Options::Action::kVersion:
-        std::puts("vantor " QX_VERSION);
+        Print("vantor " QX_VERSION "\n");
         break;
     case Options::Action::kListPresets:
         List(PresetListing);
@@ -87,6 +88,7 @@ int Tell(int status, std::string what)
 
 int main(int argc, char** argv)
 try {
+    HoldStandardStreams();
     return Run(std::span(argv + 1, size_t(argc > 0 ? argc - 1 : 0)));
 } catch (const Failure& failure) {
     return Tell(failure.Status(), failure.what());

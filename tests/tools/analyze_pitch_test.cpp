@@ -127,6 +127,7 @@ TEST_F(AnalyzePitch, RefusesInOneLineAndLeavesNothingBehind)
         {{"pitch", in, "--csv", Path("a"), "--csv", Path("b")}, kExitUsage},
         {{"pitch", in, "--csv", in}, kExitUsage},
         {{"pitch", in, "--csv", Path("a"), "--plot", Path("a")}, kExitUsage},
+        {{"pitch", in, "--csv", Path("a"), "--plot", Path("./a")}, kExitUsage},
         {{"pitch", in, "--csv", Path("a"), "--plot", Path("missing/b.png")}, kExitData},
         {{"pitch", in, "--csv", folder}, kExitData},
         {{"pitch", Path("missing.wav"), "--csv", Path("a")}, kExitData},

@@ -168,6 +168,7 @@ TEST_F(Vantor, RefusesWhatItCannotReadAndSaysWhy)
         {"good.wav", "keep.wav", "--sync", "2", 2, "--sync 2"},
         {"good.wav", "keep.wav", "--fast", "2", 2, "--fast: no such option"},
         {"good.wav", "keep.wav", "third.wav", "-q", 2, "third.wav: one input and one output"},
+        {"good.wav", "-", "-t", "1", 2, "-: audio comes from files"},
     };
     const auto before = Files();
     for (const auto& c : kCases) {
@@ -257,6 +258,38 @@ TEST_F(Vantor, LeavesNothingWhenTheDiskIsFull)
     EXPECT_NE(run.err.find("out.wav: cannot write"), std::string::npos) << run.err;
     EXPECT_EQ(Files(), (std::set<std::string>{"in.wav", "out.wav"}));
     EXPECT_EQ(Contents(Path("out.wav")), "old");
+}
+
+TEST_F(Vantor, FailsWhenWhatItSaysCannotBeWritten)
+{
+    SaveNoise("in.wav", 50000);
+    for (const auto& arguments : {std::vector<std::string>{"--help"},
+                                  {"in.wav", "out.wav", "--json"},
+                                  {"analyze", "pitch", "in.wav"},
+                                  {"analyze", "marks", "in.wav"}}) {
+        const Outcome full = Run(arguments, [] { dup2(open("/dev/full", O_WRONLY), 1); });
+        EXPECT_EQ(full.status, 1) << arguments[0];
+        EXPECT_NE(full.err.find("standard output: cannot write"), std::string::npos) << full.err;
+    }
+    // A file that is opened while a standard stream is closed takes its number.
+    const std::string before = Contents(Path("out.wav"));
+    const Outcome closed = Run({"in.wav", "out.wav", "--json", "-t", "8", "-p", "12"}, [] {
+        close(0);
+        close(1);
+        close(2);
+    });
+    EXPECT_EQ(closed.status, 1);
+    EXPECT_EQ(Load(Path("out.wav")).Frames(), 249997) << "a remark went into it";
+}
+
+TEST_F(Vantor, LeavesPermissionsAsTheyWere)
+{
+    SaveNoise("in.wav", 1000);
+    SaveNoise("out.wav", 10);
+    std::filesystem::permissions(Path("out.wav"), std::filesystem::perms(0600));
+    ASSERT_EQ(Run({"in.wav", "out.wav"}).status, 0);
+    EXPECT_EQ(std::filesystem::status(Path("out.wav")).permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(FramesOf("out.wav"), 1000);
 }
 
 TEST_F(Vantor, ReplacesWhatIsNoNumberAndCountsIt)
