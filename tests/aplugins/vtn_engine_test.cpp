@@ -1,7 +1,7 @@
 // The driver with the engine that it is made for: lengths, block sizes, what it asks of the system.
 #include "tests/allocations.h"
 #include "tests/aplugins/call_counter.h"
-#include "tests/aplugins/driver_run.h"
+#include "tests/aplugins/varied_stream.h"
 
 #include <array>
 #include <cmath>
@@ -98,6 +98,21 @@ TEST(VtnEngine, AllocatesAndLocksNothingWhileStreaming)
             uint32_t given = i % 2 ? 4096 : 31, got = 40960;   // larger than ever before
             vtn.ProcessBlock(i == 23, in.data(), &given, room.data(), &got);
         }
+        EXPECT_EQ(HeapAndLockCalls(), calls) << channels;
+        EXPECT_EQ(AllocationCount(), allocations) << channels;
+    }
+}
+
+class VtnHeapAndLocks : public testing::TestWithParam<int32_t> {};
+INSTANTIATE_TEST_SUITE_P(Modes, VtnHeapAndLocks, testing::ValuesIn(kAllModes));
+
+TEST_P(VtnHeapAndLocks, AreLeftAloneWhileStreaming)
+{
+    for (const int32_t channels : {1, 2, 7}) {
+        VariedStream stream(GetParam(), channels);
+        stream.Run(0, VariedStream::Settling(GetParam()));
+        const int64_t calls = HeapAndLockCalls(), allocations = AllocationCount();
+        stream.Run(VariedStream::Settling(GetParam()), VariedStream::kBlocks);
         EXPECT_EQ(HeapAndLockCalls(), calls) << channels;
         EXPECT_EQ(AllocationCount(), allocations) << channels;
     }
