@@ -15,21 +15,31 @@ void CopyCut(const WCHAR* pszText, WCHAR* pszOut, DWORD cchOut)
     *std::copy_n(pszText, length, pszOut) = 0;
 }
 
+bool FindTag(DWORD tag, ACMFORMATTAGDETAILSW& details)
+{
+    details = {};
+    details.cbStruct = sizeof details;
+    details.dwFormatTag = tag;
+    return acmFormatTagDetailsW(nullptr, &details, ACM_FORMATTAGDETAILSF_FORMATTAG) == MMSYSERR_NOERROR;
+}
+
 }   // namespace
 
 HRESULT GetFormatTagName(WORD wTag, WCHAR* pszOut, DWORD cchOut)
 {
-    ACMFORMATTAGDETAILSW details = {};
-    details.cbStruct = sizeof details;
-    details.dwFormatTag = wTag;
-    if (acmFormatTagDetailsW(nullptr, &details, ACM_FORMATTAGDETAILSF_FORMATTAG) != MMSYSERR_NOERROR)
+    ACMFORMATTAGDETAILSW details;
+    if (!FindTag(wTag, details))
         return E_FAIL;
     CopyCut(details.szFormatTag, pszOut, cchOut);
     return S_OK;
 }
 
+// Some systems describe also a header of no codec's, by its numbers.
 HRESULT GetFormatAttributes(const WAVEFORMATEX& format, DWORD cbFormat, WCHAR* pszOut, DWORD cchOut)
 {
+    ACMFORMATTAGDETAILSW tag;
+    if (!FindTag(format.wFormatTag, tag))
+        return E_FAIL;
     ACMFORMATDETAILSW details = {};
     details.cbStruct = sizeof details;
     details.dwFormatTag = format.wFormatTag;
