@@ -26,8 +26,6 @@ namespace {
 constexpr uintptr_t kDataFileMark = 1;
 
 struct ModuleTable {
-    std::recursive_mutex
-        loading;   // one load or release at a time, whatever the module's entry does; taken before lock
     std::mutex lock;
     std::map<HMODULE, std::unique_ptr<Module>> modules;
 };
@@ -127,40 +125,55 @@ HMODULE LoadDataFile(const std::string& path)
     return handle;
 }
 
-// What a module may have to say about its load and its end.
-BOOL CallEntry(void* library, HMODULE handle, DWORD reason)
+// Loads and unloads are one after the other; an entry may load further modules.
+std::recursive_mutex& LoaderLock()
 {
-    using EntryPoint = BOOL (*)(HINSTANCE, DWORD, LPVOID);
-    const auto entry = reinterpret_cast<EntryPoint>(dlsym(library, "DllMain"));
-    return entry ? entry(handle, reason, nullptr) : TRUE;
+    static auto* const lock = new std::recursive_mutex;
+    return *lock;
 }
 
-int ReferencesTo(ModuleTable& table, HMODULE handle)
+bool CallEntry(void* library, HMODULE hModule, DWORD reason)
 {
+    const auto entry = reinterpret_cast<decltype(&DllMain)>(dlsym(library, "DllMain"));
+    return !entry || entry(hModule, reason, nullptr);
+}
+
+// One reference more; true for the first.
+bool Refer(HMODULE hModule, void* library)
+{
+    ModuleTable& table = Table();
     const std::lock_guard guard(table.lock);
-    return EnsureLoaded(table, handle).references;
+    Module& module = EnsureLoaded(table, hModule);
+    module.library = library;
+    return module.references++ == 0;
+}
+
+// The linker counts too: each load here has its own reference there. With its last one a module's images withdraw, and
+// another may be loaded at its address.
+void Close(HMODULE hModule, void* library)
+{
+    dlclose(library);
+    if (IsLoadAddress(hModule))
+        return;
+    ModuleTable& table = Table();
+    const std::lock_guard guard(table.lock);
+    table.modules.erase(hModule);
 }
 
 HMODULE LoadShared(const std::string& path)
 {
     if (path.find('/') != std::string::npos && access(path.c_str(), F_OK) != 0)
         return Refuse<HMODULE>(ERROR_MOD_NOT_FOUND);
+    const std::lock_guard loading(LoaderLock());
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     link_map* map = nullptr;
     if (!library || dlinfo(library, RTLD_DI_LINKMAP, &map) != 0)
         return Refuse<HMODULE>(path.find('/') != std::string::npos ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
     const HMODULE handle = ModuleOfAddress(map->l_ld);
-    ModuleTable& table = Table();
-    const std::lock_guard loading(table.loading);
-    if (ReferencesTo(table, handle) == 0 && !CallEntry(library, handle, DLL_PROCESS_ATTACH)) {
-        dlclose(library);
-        return Refuse<HMODULE>(ERROR_DLL_INIT_FAILED);
-    }
-    const std::lock_guard guard(table.lock);
-    Module& module = EnsureLoaded(table, handle);
-    module.library = library;   // the linker counts too: each load here has its own reference there
-    ++module.references;
-    return handle;
+    if (!Refer(handle, library) || CallEntry(library, handle, DLL_PROCESS_ATTACH))
+        return handle;
+    FreeLibrary(handle);
+    return Refuse<HMODULE>(ERROR_DLL_INIT_FAILED);
 }
 
 std::string_view FileName(std::string_view path)
@@ -225,11 +238,11 @@ HMODULE LoadLibraryExW(LPCWSTR pszPath, HANDLE hFile, DWORD dwFlags)
 
 BOOL FreeLibrary(HMODULE hModule)
 {
+    const std::lock_guard loading(LoaderLock());
     void* library = nullptr;
     bool last = false;
-    ModuleTable& table = Table();
-    const std::lock_guard loading(table.loading);
     {
+        ModuleTable& table = Table();
         const std::lock_guard guard(table.lock);
         const auto found = table.modules.find(hModule);
         if (found == table.modules.end() || found->second->references == 0)
@@ -239,11 +252,16 @@ BOOL FreeLibrary(HMODULE hModule)
         if (last && !library)
             table.modules.erase(found);
     }
-    if (last && library)
+    if (library && last)
         CallEntry(library, hModule, DLL_PROCESS_DETACH);
     if (library)
-        dlclose(library);   // its images withdraw, under the lock
+        Close(hModule, library);
     return TRUE;
+}
+
+BOOL DisableThreadLibraryCalls(HMODULE hModule)
+{
+    return IsLoadAddress(hModule) ? TRUE : Refuse(ERROR_INVALID_HANDLE);
 }
 
 HMODULE GetModuleHandleW(LPCWSTR pszModule)

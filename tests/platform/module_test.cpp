@@ -155,4 +155,13 @@ TEST(Modules, AreRefusedWhenMissingOrDamaged)
     EXPECT_EQ(GetProcAddress(GetModuleHandleW(nullptr), "no such procedure"), nullptr);
 }
 
+TEST(Modules, MayRefuseToBeLoaded)
+{
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_EQ(LoadLibraryExW(TEXT(QX_REFUSING_MODULE), nullptr, 0), nullptr);
+        EXPECT_EQ(GetLastError(), DWORD(ERROR_DLL_INIT_FAILED));
+        EXPECT_EQ(GetModuleHandleW(TEXT(QX_REFUSING_MODULE)), nullptr);
+    }
+}
+
 }   // namespace
