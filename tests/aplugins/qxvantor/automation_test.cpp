@@ -54,9 +54,9 @@ TEST(Automation, ASweepOfThePitchIsHeardAsItWasDrawn)
         ASSERT_EQ(out.size(), in.size());
         const auto drawn = [&](double t) { return -5 + 12 * curve.shape((t - 1) / 4); };
         for (double t = 1.25; t < 4.9; t += 0.25) {
-            const double near = 440.0 * std::exp2(drawn(t) / 12);
+            const double drawnHertz = 440.0 * std::exp2(drawn(t) / 12);
             const auto window = std::span<const float>(out).subspan(size_t((t - 0.05) * kRate), size_t(0.1 * kRate));
-            const double heard = drawn(t) + Cents(MeanFrequency(window, near, kRate) / near) / 100;
+            const double heard = drawn(t) + Cents(MeanFrequency(window, drawnHertz, kRate) / drawnHertz) / 100;
             EXPECT_GT(heard, drawn(t) - 0.1) << "curve " << curve.type << " at " << t;
             EXPECT_LT(heard, drawn(t + 0.1) + 0.1) << "curve " << curve.type << " at " << t;
         }
