@@ -203,6 +203,17 @@ protected:
     ~IBaseFilter() = default;
 };
 
+inline constexpr ULONG AM_FILTER_MISC_FLAGS_IS_RENDERER = 1;
+
+// What a graph needs to know of a filter besides its pins: it waits for the end of the stream at each renderer.
+class IAMFilterMiscFlags : public IUnknown {
+public:
+    virtual ULONG GetMiscFlags() = 0;
+
+protected:
+    ~IAMFilterMiscFlags() = default;
+};
+
 class IEnumFilters : public IUnknown {
 public:
     virtual HRESULT Next(ULONG nFilters, IBaseFilter** ppFilters, ULONG* pnFetched) = 0;
@@ -331,4 +342,6 @@ QX_STREAMING_IID(IID_IGraphBuilder, 0x56A868A9, 0x0AD4);
 #undef QX_STREAMING_IID
 inline constexpr IID IID_IEnumMediaTypes = {
     0x89C31040, 0x846B, 0x11CE, {0x97, 0xD3, 0x00, 0xAA, 0x00, 0x55, 0x59, 0x5A}};
+inline constexpr IID IID_IAMFilterMiscFlags = {
+    0x2DD74950, 0xA890, 0x11D1, {0xAB, 0xE8, 0x00, 0xA0, 0xC9, 0x05, 0xF3, 0x75}};
 inline constexpr IID IID_IMediaSeeking = {0x36B73880, 0xC2C8, 0x11CF, {0x8B, 0x46, 0x00, 0x80, 0x5F, 0x6C, 0xEF, 0x60}};

@@ -74,6 +74,13 @@ CBaseRenderer::CBaseRenderer(IUnknown* outer, REFCLSID theClassId) : CBaseFilter
 
 CBaseRenderer::~CBaseRenderer() = default;
 
+HRESULT CBaseRenderer::NonDelegatingQueryInterface(REFIID riid, void** ppObject)
+{
+    if (riid == IID_IAMFilterMiscFlags)
+        return GetInterface<IAMFilterMiscFlags>(this, ppObject);
+    return CBaseFilter::NonDelegatingQueryInterface(riid, ppObject);
+}
+
 HRESULT CBaseRenderer::Pause()
 {
     const std::scoped_lock lock(filterLock);

@@ -25,9 +25,13 @@ private:
     CBaseRenderer* renderer;
 };
 
-class CBaseRenderer : public CBaseFilter {
+class CBaseRenderer : public CBaseFilter, public IAMFilterMiscFlags {
 public:
     CBaseRenderer(IUnknown* outer, REFCLSID theClassId);
+    DECLARE_IUNKNOWN
+    HRESULT NonDelegatingQueryInterface(REFIID riid, void** ppObject) override;
+
+    ULONG STDMETHODCALLTYPE GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
 
     int GetPinCount() override { return 1; }
     CBasePin* GetPin(int n) override { return n == 0 ? &input : nullptr; }

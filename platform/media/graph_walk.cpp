@@ -56,8 +56,8 @@ bool LeadsTo(IBaseFilter* pFrom, IBaseFilter* pTo)
 
 bool IsRenderer(IBaseFilter* pFilter)
 {
-    const auto pins = PinsOf(pFilter);
-    const auto isOutput = [](const ComPtr<IPin>& pin) { return IsOutput(pin.Get()); };
-    const auto isConnected = [](const ComPtr<IPin>& pin) { return bool(PeerOf(pin.Get())); };
-    return std::ranges::none_of(pins, isOutput) && std::ranges::any_of(pins, isConnected);
+    const auto flags = Query<IAMFilterMiscFlags>(pFilter, IID_IAMFilterMiscFlags);
+    if (!flags || !(flags->GetMiscFlags() & AM_FILTER_MISC_FLAGS_IS_RENDERER))
+        return false;
+    return std::ranges::any_of(PinsOf(pFilter), [](const ComPtr<IPin>& pin) { return bool(PeerOf(pin.Get())); });
 }

