@@ -10,26 +10,32 @@
 #include <unicode/ustring.h>
 
 #include <map>
+#include <memory>
 #include <mutex>
+#include <utility>
 
 namespace {
 
-// Collators are costly to make and safe to share once made; they live for the process.
+struct CloseCollator {
+    void operator()(UCollator* p) const { ucol_close(p); }
+};
+using Collator = std::unique_ptr<UCollator, CloseCollator>;
+
+// Collators are costly to make and safe to share once made; they live as long as the module.
 const UCollator* CollatorFor(LCID lcid)
 {
     static std::mutex lock;
-    static auto* const collators = new std::map<LCID, UCollator*>;
+    static std::map<LCID, Collator> collators;
     const std::lock_guard guard(lock);
-    if (const auto found = collators->find(lcid); found != collators->end())
-        return found->second;
+    if (const auto found = collators.find(lcid); found != collators.end())
+        return found->second.get();
     const std::string name = LocaleName(lcid);
     UErrorCode status = U_ZERO_ERROR;
-    UCollator* const collator = name.empty() ? nullptr : ucol_open(name.c_str(), &status);
+    Collator collator(name.empty() ? nullptr : ucol_open(name.c_str(), &status));
     if (!collator)
         return nullptr;
-    ucol_setAttribute(collator, UCOL_NORMALIZATION_MODE, UCOL_ON, &status);
-    collators->emplace(lcid, collator);
-    return collator;
+    ucol_setAttribute(collator.get(), UCOL_NORMALIZATION_MODE, UCOL_ON, &status);
+    return collators.emplace(lcid, std::move(collator)).first->second.get();
 }
 
 WideString CaseFolded(WideView text)

@@ -28,8 +28,8 @@ struct GlobalHeap {
 
 GlobalHeap& Heap()
 {
-    static GlobalHeap* const heap = new GlobalHeap;
-    return *heap;
+    static GlobalHeap heap;
+    return heap;
 }
 
 constexpr UINT kMaxLocks = GMEM_LOCKCOUNT;

@@ -30,11 +30,12 @@ struct ModuleTable {
     std::map<HMODULE, std::unique_ptr<Module>> modules;
 };
 
-// Images announce themselves before main, and withdraw after it.
+// Images announce themselves before main, and withdraw after it: the first one makes the table, which so outlives it.
+// Nothing is left behind by a module that is unloaded with its copy of this layer.
 ModuleTable& Table()
 {
-    static ModuleTable* const table = new ModuleTable;
-    return *table;
+    static ModuleTable table;
+    return table;
 }
 
 HMODULE ModuleOfAddress(const void* address)
@@ -128,8 +129,8 @@ HMODULE LoadDataFile(const std::string& path)
 // Loads and unloads are one after the other; an entry may load further modules.
 std::recursive_mutex& LoaderLock()
 {
-    static auto* const lock = new std::recursive_mutex;
-    return *lock;
+    static std::recursive_mutex lock;
+    return lock;
 }
 
 bool CallEntry(void* library, HMODULE hModule, DWORD reason)

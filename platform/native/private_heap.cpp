@@ -171,6 +171,6 @@ SIZE_T HeapSize(HANDLE hHeap, DWORD dwFlags, LPCVOID p)
 
 HANDLE GetProcessHeap()
 {
-    static PrivateHeap* const heap = new PrivateHeap;
-    return heap;
+    static PrivateHeap heap;
+    return &heap;
 }
