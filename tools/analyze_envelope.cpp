@@ -7,11 +7,11 @@
 #include "tools/analysis_io.h"
 #include "tools/failure.h"
 #include "tools/plot.h"
+#include "tools/utf8_path.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <new>
 #include <numbers>
 #include <vector>
@@ -132,6 +132,6 @@ int AnalyzeEnvelope(std::span<char* const> arguments)
         throw UsageFailure("--content " + *parsed.Value("content") + ": a whole number of 3 to 9 is needed");
     AnalysisInput input(parsed.input);
     const Curves curves = Analyse(ReadFrame(&input, parsed, *seconds), content);
-    WriteAnalysis(parsed, Table(curves), Picture(curves, std::filesystem::path(parsed.input).filename(), *seconds));
+    WriteAnalysis(parsed, Table(curves), Picture(curves, Utf8Name(Utf8Path(parsed.input).filename()), *seconds));
     return 0;
 }

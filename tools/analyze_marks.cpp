@@ -8,11 +8,11 @@
 #include "tools/analysis_io.h"
 #include "tools/failure.h"
 #include "tools/plot.h"
+#include "tools/utf8_path.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <iterator>
 #include <new>
 #include <vector>
@@ -137,6 +137,6 @@ int AnalyzeMarks(std::span<char* const> arguments)
     AnalysisInput input(parsed.input);
     Marking marking;
     PlaceMarks(&input, &marking);
-    WriteAnalysis(parsed, Table(marking), Picture(marking, std::filesystem::path(parsed.input).filename()));
+    WriteAnalysis(parsed, Table(marking), Picture(marking, Utf8Name(Utf8Path(parsed.input).filename())));
     return 0;
 }

@@ -6,11 +6,11 @@
 #include "tools/analysis_io.h"
 #include "tools/failure.h"
 #include "tools/plot.h"
+#include "tools/utf8_path.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <limits>
 #include <new>
 #include <vector>
@@ -156,6 +156,6 @@ int AnalyzePitch(std::span<char* const> arguments)
                           " Hz; the pitch tracker starts at " + std::to_string(kPitchTrackMinRate) + " Hz");
     Track track;
     Tracking(&input, &track).Run();
-    WriteAnalysis(parsed, Table(track), Picture(track, std::filesystem::path(parsed.input).filename()));
+    WriteAnalysis(parsed, Table(track), Picture(track, Utf8Name(Utf8Path(parsed.input).filename())));
     return 0;
 }

@@ -1,9 +1,9 @@
 #include "tools/audio_file.h"
 #include "tools/failure.h"
+#include "tools/utf8_path.h"
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
 #include <string_view>
 
 namespace {
@@ -37,7 +37,7 @@ bool Lists(std::string_view extensions, const std::string& extension)
 
 std::optional<Container> ByExtension(const std::string& path)
 {
-    std::string extension = std::filesystem::path(path).extension().string();
+    std::string extension = Utf8Name(Utf8Path(path).extension());
     std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
     for (const ContainerEntry& entry : kContainers)
         if (Lists(entry.extensions, extension))

@@ -1,5 +1,7 @@
 #include "tools/declared_size.h"
 
+#include "tools/utf8_path.h"
+
 #include <array>
 #include <cstdint>
 #include <fstream>
@@ -41,7 +43,7 @@ uint64_t LoadNumber(Bytes bytes, bool bigEndian)
 
 class ChunkedFile {
 public:
-    explicit ChunkedFile(const std::string& path) : file(path, std::ios::binary | std::ios::ate)
+    explicit ChunkedFile(const std::string& path) : file(Utf8Path(path), std::ios::binary | std::ios::ate)
     {
         size = file ? uint64_t(file.tellg()) : 0;
         for (const ChunkedKind& each : kKinds)

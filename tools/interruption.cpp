@@ -1,8 +1,9 @@
 #include "tools/interruption.h"
 
+#include "tools/system.h"
+
 #include <csignal>
 #include <cstdlib>
-#include <initializer_list>
 
 namespace {
 
@@ -17,10 +18,7 @@ void Note(int signal)
 
 void CatchInterruptions()
 {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        if (std::signal(signal, &Note) == SIG_IGN)   // nohup and the like stay in force
-            std::signal(signal, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    NoteInterruptions(&Note);
 }
 
 int Interruption()

@@ -1,14 +1,15 @@
 #include "tools/output_file.h"
 
 #include "tools/failure.h"
+#include "tools/system.h"
+#include "tools/utf8_path.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
-#include <sys/stat.h>
+#include <fstream>
+#include <system_error>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -17,43 +18,56 @@ namespace {
 
 constexpr int kMostTries = 100;
 
-bool SameFile(const struct stat& a, const std::string& path)
+std::string Reason()
 {
-    struct stat b {};
-    return stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+    return std::strerror(errno);
+}
+
+void Remove(const std::string& path)
+{
+    std::error_code error;
+    fs::remove(Utf8Path(path), error);
+}
+
+// What stands at the place. Throws when that is not to be replaced.
+fs::file_status CheckPlace(const std::string& name, const std::string& input)
+{
+    std::error_code error;
+    const fs::path place = Utf8Path(name);
+    const fs::file_status status = fs::status(place, error);
+    if (!fs::exists(status))
+        return status;
+    if (fs::equivalent(place, Utf8Path(input), error))
+        throw UsageFailure(name + ": input and output are the same file");
+    if (fs::is_directory(status))
+        throw DataFailure(name + ": a folder, not a file");
+    if (!fs::is_regular_file(status))
+        throw DataFailure(name + ": not a regular file");
+    if (!std::fstream(place, std::ios::in | std::ios::out | std::ios::binary))
+        throw DataFailure(name + ": cannot write: " + Reason());
+    return status;
 }
 
 }   // namespace
 
 OutputFile::OutputFile(const std::string& place, const std::string& input) : name(place)
 {
-    struct stat existing {};
-    const bool exists = stat(name.c_str(), &existing) == 0;
-    if (exists) {
-        if (SameFile(existing, input))
-            throw UsageFailure(name + ": input and output are the same file");
-        if (S_ISDIR(existing.st_mode))
-            throw DataFailure(name + ": a folder, not a file");
-        if (!S_ISREG(existing.st_mode))
-            throw DataFailure(name + ": not a regular file");
-        if (access(name.c_str(), W_OK) != 0)
-            throw DataFailure(name + ": cannot write: " + std::strerror(errno));
-    }
+    const fs::file_status existing = CheckPlace(name, input);
     std::error_code error;
-    const fs::path resolved = fs::weakly_canonical(name, error);
-    const fs::path path = error ? fs::path(name) : resolved;
-    target = path.string();
+    const fs::path resolved = fs::weakly_canonical(Utf8Path(name), error);
+    const fs::path path = error ? Utf8Path(name) : resolved;
+    target = Utf8Name(path);
     for (int i = 0; i < kMostTries && descriptor < 0; ++i) {
         const std::string unique = std::to_string(getpid()) + "-" + std::to_string(i);
-        temporary = (path.parent_path() / (".vantor-" + unique + ".part")).string();
-        descriptor = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        temporary = Utf8Name(path.parent_path() / (".vantor-" + unique + ".part"));
+        descriptor = CreateNewFile(temporary);
         if (descriptor < 0 && errno != EEXIST)
             break;
     }
     if (descriptor < 0)
-        throw DataFailure(name + ": cannot write: " + std::strerror(errno));
-    if (exists)
-        fchmod(descriptor, existing.st_mode & 0777);
+        throw DataFailure(name + ": cannot write: " + Reason());
+    if (fs::exists(existing))
+        fs::permissions(Utf8Path(temporary), existing.permissions(), error);
 }
 
 OutputFile::~OutputFile()
@@ -61,7 +75,7 @@ OutputFile::~OutputFile()
     if (descriptor < 0)
         return;
     close(descriptor);
-    unlink(temporary.c_str());
+    Remove(temporary);
 }
 
 void OutputFile::Write(std::string_view contents)
@@ -69,7 +83,7 @@ void OutputFile::Write(std::string_view contents)
     while (!contents.empty()) {
         const ssize_t written = write(descriptor, contents.data(), contents.size());
         if (written < 0 && errno != EINTR)
-            throw DataFailure(name + ": cannot write: " + std::strerror(errno));
+            throw DataFailure(name + ": cannot write: " + Reason());
         contents.remove_prefix(size_t(std::max<ssize_t>(written, 0)));
     }
 }
@@ -77,14 +91,16 @@ void OutputFile::Write(std::string_view contents)
 void OutputFile::Commit()
 {
     if (close(descriptor) != 0) {
-        unlink(temporary.c_str());
+        const std::string reason = Reason();
+        Remove(temporary);
         descriptor = -1;
-        throw DataFailure(name + ": cannot write: " + std::strerror(errno));
+        throw DataFailure(name + ": cannot write: " + reason);
     }
     descriptor = -1;
-    if (std::rename(temporary.c_str(), target.c_str()) != 0) {
-        const std::string reason = std::strerror(errno);
-        unlink(temporary.c_str());
-        throw DataFailure(name + ": cannot be put in its place: " + reason);
+    std::error_code error;
+    fs::rename(Utf8Path(temporary), Utf8Path(target), error);
+    if (error) {
+        Remove(temporary);
+        throw DataFailure(name + ": cannot be put in its place: " + error.message());
     }
 }

@@ -1,9 +1,10 @@
 #include "tools/progress.h"
 
+#include "tools/system.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr char kClearLine[] = "\r\033[K";
 }   // namespace
 
 Progress::Progress(bool wanted, int64_t totalFrames, int32_t sampleRate)
-    : active(wanted && isatty(STDERR_FILENO)), total(totalFrames), rate(sampleRate)
+    : active(wanted && MessagesAreWatched()), total(totalFrames), rate(sampleRate)
 {
 }
 

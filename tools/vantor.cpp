@@ -10,11 +10,14 @@
 #include "tools/render.h"
 #include "tools/report.h"
 #include "tools/standard_output.h"
+#include "tools/system.h"
 
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -89,7 +92,11 @@ int Tell(int status, std::string what)
 int main(int argc, char** argv)
 try {
     HoldStandardStreams();
-    return Run(std::span(argv + 1, size_t(argc > 0 ? argc - 1 : 0)));
+    std::vector<std::string> arguments = Arguments(argc, argv);
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments)
+        pointers.push_back(argument.data());
+    return Run(pointers);
 } catch (const Failure& failure) {
     return Tell(failure.Status(), failure.what());
 } catch (const std::bad_alloc&) {

@@ -1,18 +1,15 @@
 // Runs the vantor program as a user does, in a folder of its own per test.
 #pragma once
 
-#include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
+#include "tools/utf8_path.h"
+
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <set>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <system_error>
 #include <vector>
 
 struct Outcome {
@@ -20,9 +17,12 @@ struct Outcome {
     std::string out, err;
 };
 
+// Starts the program in the folder and waits for its end. Its output passes through the files stdout and stderr there.
+Outcome RunProgram(const std::string& program, const std::string& folder, const std::vector<std::string>& arguments);
+
 inline std::string Contents(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(Utf8Path(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -30,9 +30,12 @@ class ProgramTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        std::string pattern = testing::TempDir() + "vantorXXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
+        std::error_code taken;   // by another test at the same time, or by whatever has the name
+        int i = 0;
+        do
+            folder = testing::TempDir() + "vantor" + std::to_string(i++);
+        while (!std::filesystem::create_directory(folder, taken) && i < 10000);
+        ASSERT_FALSE(taken) << taken.message();
     }
     void TearDown() override { std::filesystem::remove_all(folder); }
 
@@ -43,42 +46,12 @@ protected:
     {
         std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(folder))
-            if (!entry.path().filename().string().starts_with("std"))
-                names.insert(entry.path().filename().string());
+            if (!Utf8Name(entry.path().filename()).starts_with("std"))
+                names.insert(Utf8Name(entry.path().filename()));
         return names;
     }
 
-    // Starts the program in the folder; prepare runs in the child before it.
-    pid_t Start(const std::vector<std::string>& arguments, const std::function<void()>& prepare = {}) const
-    {
-        std::vector<char*> argv = {const_cast<char*>(program.c_str())};
-        for (const std::string& a : arguments)
-            argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        const pid_t child = fork();
-        if (child != 0)
-            return child;
-        if (chdir(folder.c_str()) != 0 || dup2(open("stdout", O_CREAT | O_TRUNC | O_WRONLY, 0600), 1) < 0 ||
-            dup2(open("stderr", O_CREAT | O_TRUNC | O_WRONLY, 0600), 2) < 0)
-            _exit(99);
-        if (prepare)
-            prepare();
-        execv(program.c_str(), argv.data());
-        _exit(99);
-    }
-
-    Outcome Wait(pid_t child) const
-    {
-        int status = 0;
-        waitpid(child, &status, 0);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Contents(Path("stdout")),
-                Contents(Path("stderr"))};
-    }
-
-    Outcome Run(const std::vector<std::string>& arguments, const std::function<void()>& prepare = {}) const
-    {
-        return Wait(Start(arguments, prepare));
-    }
+    Outcome Run(const std::vector<std::string>& arguments) const { return RunProgram(program, folder, arguments); }
 
     std::string folder;
     std::string program = VANTOR_PATH;

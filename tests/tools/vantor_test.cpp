@@ -1,16 +1,25 @@
 // The command line program from end to end: what it writes, what it refuses, and what it leaves behind.
-#include "tests/tools/program.h"
+#include "tests/tools/native_program.h"
 #include "tests/tools/wave.h"
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
 class Vantor : public ProgramTest {
 protected:
+    using ProgramTest::Run;
+    Outcome Run(const std::vector<std::string>& arguments, const std::function<void()>& prepare) const
+    {
+        return WaitForProgram(folder, StartProgram(program, folder, arguments, prepare));
+    }
     void SaveNoise(const std::string& name, int32_t frames, int32_t channels = 2, int32_t rate = 44100,
                    int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16) const
     {
@@ -234,11 +243,11 @@ TEST_F(Vantor, LeavesNothingWhenInterrupted)
     SaveNoise("in.wav", 44100 * 60);
     std::ofstream(Path("out.wav")) << "old";
     for (const int signal : {SIGINT, SIGTERM}) {
-        const pid_t child = Start({"in.wav", "out.wav", "-t", "10"});
+        const pid_t child = StartProgram(program, folder, {"in.wav", "out.wav", "-t", "10"});
         while (Files().size() == 2 && waitpid(child, nullptr, WNOHANG) == 0)   // until it has begun to write
             std::this_thread::yield();
         kill(child, signal);
-        const Outcome run = Wait(child);
+        const Outcome run = WaitForProgram(folder, child);
         EXPECT_EQ(run.status, 128 + signal);
         EXPECT_NE(run.err.find("interrupted"), std::string::npos) << run.err;
         EXPECT_EQ(Files(), (std::set<std::string>{"in.wav", "out.wav"}));
