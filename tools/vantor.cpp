@@ -1,4 +1,5 @@
 // The command line host: renders a file through the plug-in.
+#include "platform/component_runtime.h"
 #include "tools/analyze.h"
 #include "tools/failure.h"
 #include "tools/filter_settings.h"
@@ -92,6 +93,7 @@ int Tell(int status, std::string what)
 int main(int argc, char** argv)
 try {
     HoldStandardStreams();
+    const ComponentRuntime components;
     std::vector<std::string> arguments = Arguments(argc, argv);
     std::vector<char*> pointers;
     for (std::string& argument : arguments)
