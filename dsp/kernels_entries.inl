@@ -9,3 +9,6 @@
     .Interleave = Interleave,
     .Deinterleave = Deinterleave,
     .Cubic = Cubic,
+    .PointBins = PointBins,
+    .SumEnergies = SumEnergies,
+    .RegionEnds = RegionEnds,

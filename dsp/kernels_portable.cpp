@@ -1,6 +1,8 @@
 // The definitions of the vector kernels, on any processor.
 #include "dsp/kernels_table.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace {
@@ -91,6 +93,51 @@ void Cubic(float* const* out, const float* const* x, int32_t channels, double po
             const float m0 = (at[-1] - at[-3]) / 2.0f, m1 = (at[0] - at[-2]) / 2.0f;
             out[c][j] = h00 * at[-2] + h01 * at[-1] + h10 * m0 + h11 * m1;
         }
+    }
+}
+
+// Next to 1.5 x 2^23 a float has whole numbers only: the sum rounds to the nearest, halves to the even one, and holds it
+// in its lowest bits. For values below 2^22.
+int32_t RoundToNearest(float x)
+{
+    constexpr float kShift = 12582912.0f;
+    return std::bit_cast<int32_t>(x + kShift) - std::bit_cast<int32_t>(kShift);
+}
+
+void PointBins(int32_t* target, uint64_t* pointsDown, const float* advance, float bins, float turn, int32_t n)
+{
+    const float last = bins * 0.5f - 1.0f;
+    for (int32_t k = 0; k < n; ++k) {
+        const float t = advance[k] * bins / turn;
+        target[k] = RoundToNearest(t > 0.5f ? std::min(t, last) : float(k));
+    }
+    for (int32_t word = 0; word < (n + 63) / 64; ++word) {
+        uint64_t bits = 0;
+        for (int32_t k = 64 * word; k < std::min(n, 64 * word + 64); ++k)
+            bits |= uint64_t(target[k] <= k) << k % 64;
+        pointsDown[word] = bits;
+    }
+}
+
+void SumEnergies(BinEnergy* below, const float* magnitude, const float* reference, float floor, int32_t n)
+{
+    double change = 0.0, energy = 0.0;
+    for (int32_t k = 0; k < n; ++k) {
+        const float d = std::fabs(magnitude[k] - reference[k]), r = reference[k];
+        const bool counts = d > floor;
+        change += counts ? d * d : 0.0f;
+        energy += counts ? r * r : 0.0f;
+        below[k + 1] = {change, energy};
+    }
+}
+
+void RegionEnds(int32_t* ends, const int32_t* target, const int32_t* peaks, int32_t count, int32_t n)
+{
+    for (int32_t i = 0; i < count; ++i) {
+        int32_t k = peaks[i] + 1;
+        while (k < n && target[k] <= peaks[i])
+            ++k;
+        ends[i] = k;
     }
 }
 

@@ -3,6 +3,11 @@
 
 #include <cstdint>
 
+// Of all bins below one.
+struct BinEnergy {
+    double change, reference;
+};
+
 struct VectorKernels {
     // sines[i] = sin(angles[i]), cosines[i] likewise; to 2e-7 for angles within +-1000.
     void (*SinCos)(float* sines, float* cosines, const float* angles, int32_t n);
@@ -36,6 +41,16 @@ struct VectorKernels {
     // The positions are exact multiples as long as they have 53 bits together with the last bit of ratio.
     void (*Cubic)(float* const* out, const float* const* x, int32_t channels, double position, float ratio,
                   int32_t count);
+
+    // The bin that each bin's phase advance belongs to: target[k] = advance[k] * bins / turn, rounded to the nearest and
+    // at most bins/2 - 1; k itself unless that is above 0.5. Bit k % 64 of pointsDown[k / 64] tells that target[k] is at
+    // most k; bits of the last word from n on are 0. bins below 2^22.
+    void (*PointBins)(int32_t* target, uint64_t* pointsDown, const float* advance, float bins, float turn, int32_t n);
+    // below[k + 1] = below[k] + {d * d, reference[k] * reference[k]} where d = |magnitude[k] - reference[k]| is above floor,
+    // below[k] elsewhere, for k below n. below[0] is taken as 0 and not touched.
+    void (*SumEnergies)(BinEnergy* below, const float* magnitude, const float* reference, float floor, int32_t n);
+    // ends[i]: the first k above peaks[i] with target[k] above peaks[i], or n (or peaks[i] + 1 where that is beyond n).
+    void (*RegionEnds)(int32_t* ends, const int32_t* target, const int32_t* peaks, int32_t count, int32_t n);
 };
 
 extern const VectorKernels kKernelsPortable;

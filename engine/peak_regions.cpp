@@ -1,5 +1,8 @@
 #include "engine/peak_regions.h"
 
+#include "dsp/kernels.h"
+#include "dsp/vtnf.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -12,21 +15,17 @@ constexpr float kFluxFloor = 1e-7f;      // a smaller change of magnitude is rou
 constexpr double kAntiZero = 1e-24;      // silence divides by this
 constexpr float kTransientFlux = 1.0f;   // the change is as strong as what was there
 
-// Next to 1.5 x 2^23 a float has whole numbers only: the sum rounds to the nearest, halves to the even one, and holds it
-// in its lowest bits. For values below 2^22.
-int32_t RoundToNearest(float x)
-{
-    constexpr float kShift = 12582912.0f;
-    return std::bit_cast<int32_t>(x + kShift) - std::bit_cast<int32_t>(kShift);
-}
+constexpr int32_t kStride = 8;   // targets that are filled in at once
 
 }   // namespace
 
 PeakRegions::PeakRegions(int32_t fftSize)
-    : size(fftSize), binTarget(size_t(fftSize) / 2 + 1), nearestPeak(size_t(fftSize) / 2 + 1),
-      candidates(size_t(fftSize) / 2 + 1), peakList(size_t(fftSize) / 2 + 1), peakFlag(size_t(fftSize) / 2 + 1),
-      regionFlux(size_t(fftSize) / 2 + 1), energyBelow(size_t(fftSize) / 2 + 1)
+    : size(fftSize), binTarget(size_t(fftSize) / 2 + 1), pointsDown(size_t(fftSize) / 128 + 1),
+      nearestPeak(size_t(fftSize) / 2 + 1 + kStride), candidates(size_t(fftSize) / 2 + 1),
+      peakList(size_t(fftSize) / 2 + 1), peakFlag(size_t(fftSize) / 2 + 1), regionFlux(size_t(fftSize) / 2 + 1),
+      regionEnds(size_t(fftSize) / 2 + 1), energyBelow(size_t(fftSize) / 2 + 1)
 {
+    vtnfInit();
 }
 
 void PeakRegions::Reset() noexcept
@@ -40,7 +39,8 @@ void PeakRegions::Reset() noexcept
 void PeakRegions::FindPeaks(const float* deviation, const float* magnitude, int32_t numBins,
                             int32_t analysisHop) noexcept
 {
-    PointBins(deviation, numBins, analysisHop);
+    Kernels().PointBins(binTarget.data(), pointsDown.data(), deviation, float(size), float(analysisHop) * kTwoPi,
+                        numBins);
     const int32_t count = CollectCandidates(numBins);
     if (count == 0 || AcceptPeaks(magnitude, count, numBins) == 0) {
         std::copy_n(candidates.begin(), count, peakList.begin());
@@ -50,31 +50,21 @@ void PeakRegions::FindPeaks(const float* deviation, const float* magnitude, int3
     AssignRegions(numBins);
 }
 
-// The bin that a phase advance belongs to. One that points below the first bin, or is no number, points at itself.
-void PeakRegions::PointBins(const float* deviation, int32_t numBins, int32_t analysisHop) noexcept
-{
-    const float bins = float(size), turn = float(analysisHop) * kTwoPi, last = float(size / 2 - 1);
-    int32_t* target = binTarget.data();
-    for (int32_t k = 0; k < numBins; ++k) {
-        const float t = deviation[k] * bins / turn;
-        target[k] = RoundToNearest(t > 0.5f ? std::min(t, last) : float(k));
-    }
-}
-
-// A candidate is where the targets turn from pointing upwards to pointing here or downwards. Below the first fine bins,
-// where a few bins span an octave, each bin is one. Free of branches: in noise they would be guessed wrong.
+// A candidate is where the targets turn from pointing upwards to pointing here or downwards; the neighbour of the first bin
+// that is tested counts as pointing upwards. Below the first fine bins, where a few bins span an octave, each bin is one.
 int32_t PeakRegions::CollectCandidates(int32_t numBins) noexcept
 {
     const int32_t fine = std::max(1, size / 256);
     int32_t count = 0;
     for (int32_t k = 1; k < std::min(fine, numBins); ++k)
         candidates[size_t(count++)] = k;
-    bool belowPointsUp = true;   // the neighbour of the first bin that is tested counts as pointing upwards
-    for (int32_t k = fine; k < numBins; ++k) {
-        const int32_t offset = binTarget[size_t(k)] - k;
-        candidates[size_t(count)] = k;
-        count += int32_t(offset < 1) & int32_t(belowPointsUp);
-        belowPointsUp = offset > 0;
+    uint64_t tested = ~uint64_t(0) << fine % 64, below = 0;
+    for (int32_t word = fine / 64; 64 * word < numBins; ++word) {
+        const uint64_t down = pointsDown[size_t(word)] & tested;
+        for (uint64_t turns = down & ~(down << 1 | below); turns != 0; turns &= turns - 1)
+            candidates[size_t(count++)] = 64 * word + std::countr_zero(turns);
+        below = down >> 63;
+        tested = ~uint64_t(0);
     }
     return count;
 }
@@ -144,50 +134,30 @@ void PeakRegions::AcceptByNeighbours(const float* magnitude, int32_t count, int3
 // so that a bin of noise, which can point far off, takes no bin above it along.
 void PeakRegions::AssignRegions(int32_t numBins) noexcept
 {
-    std::ranges::fill(nearestPeak, 0);
-    for (int32_t j = 1; j < peakCount; ++j)
-        nearestPeak[size_t(peakList[size_t(j) - 1] + peakList[size_t(j)]) / 2 + 1] = 1;
-    int32_t j = 0;
-    for (int32_t& nearest : nearestPeak) {
-        j += nearest;
-        nearest = peakList[size_t(j)];
+    int32_t from = 0;
+    for (int32_t j = 0; j < peakCount; ++j) {
+        const int32_t peak = peakList[size_t(j)];
+        const int32_t to = j + 1 < peakCount ? (peak + peakList[size_t(j) + 1]) / 2 + 1 : size / 2 + 1;
+        for (int32_t k = from; k < to; k += kStride)   // what is filled too far is filled again
+            std::fill_n(nearestPeak.begin() + k, kStride, peak);
+        from = to;
     }
     for (int32_t k = 0; k < numBins; ++k)
         binTarget[size_t(k)] = nearestPeak[size_t(binTarget[size_t(k)])];
 }
 
 // A region's energies are taken from its lower neighbour's peak up to its own end. As differences of running sums they
-// cost the same whatever the number of peaks; in double precision the loudest spectrum hides nothing above -140 dB.
+// cost the same whatever the number of peaks; in double precision the loudest spectrum hides nothing above -140 dB. Above the
+// bins that were looked at, targets stand as they last were.
 void PeakRegions::ClassifyRegions(const float* magnitude, const float* reference) noexcept
 {
-    SumEnergies(magnitude, reference);
+    Kernels().SumEnergies(energyBelow.data(), magnitude, reference, kFluxFloor, size / 2);
+    Kernels().RegionEnds(regionEnds.data(), binTarget.data(), peakList.data(), peakCount, size / 2);
     for (int32_t i = 0; i < peakCount; ++i) {
-        const int32_t peak = peakList[size_t(i)];
-        const Energy& from = energyBelow[size_t(peakList[size_t(std::max(i - 1, 0))])];
-        const Energy& to = energyBelow[size_t(RegionEnd(peak))];
+        const BinEnergy& from = energyBelow[size_t(peakList[size_t(std::max(i - 1, 0))])];
+        const BinEnergy& to = energyBelow[size_t(regionEnds[size_t(i)])];
         const auto flux = float((to.change - from.change) / (to.reference - from.reference + kAntiZero));
         regionFlux[size_t(i)] = flux;
         peakFlag[size_t(i)] = flux <= kTransientFlux ? -1.0f : 1.0f;
     }
-}
-
-void PeakRegions::SumEnergies(const float* magnitude, const float* reference) noexcept
-{
-    double change = 0.0, energy = 0.0;
-    for (int32_t k = 0; k < size / 2; ++k) {
-        const float d = std::fabs(magnitude[k] - reference[k]), r = reference[k];
-        const bool counts = d > kFluxFloor;
-        change += counts ? d * d : 0.0f;
-        energy += counts ? r * r : 0.0f;
-        energyBelow[size_t(k) + 1] = {change, energy};
-    }
-}
-
-// The first bin above a peak that points beyond it. Above the bins that were looked at, targets stand as they last were.
-int32_t PeakRegions::RegionEnd(int32_t peak) const noexcept
-{
-    int32_t k = peak + 1;
-    while (k < size / 2 && binTarget[size_t(k)] <= peak)
-        ++k;
-    return k;
 }

@@ -4,6 +4,8 @@
 // One object serves one thread; after construction nothing allocates.
 #pragma once
 
+#include "dsp/kernels_table.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -30,12 +32,6 @@ public:
     const int32_t* Targets() const noexcept { return binTarget.data(); }
 
 private:
-    // Sums over all bins below one.
-    struct Energy {
-        double change, reference;
-    };
-
-    void PointBins(const float* deviation, int32_t numBins, int32_t analysisHop) noexcept;
     int32_t CollectCandidates(int32_t numBins) noexcept;
     int32_t AcceptPeaks(const float* magnitude, int32_t count, int32_t numBins) noexcept;
     int32_t AcceptByWalk(const float* magnitude, int32_t count, int32_t numBins, int32_t i) noexcept;
@@ -43,16 +39,16 @@ private:
     void Accept(int32_t bin, bool condition) noexcept;
     bool NearerTo(int32_t bin, int32_t peak, int32_t other) const noexcept;
     void AssignRegions(int32_t numBins) noexcept;
-    void SumEnergies(const float* magnitude, const float* reference) noexcept;
-    int32_t RegionEnd(int32_t peak) const noexcept;
 
     int32_t size;   // N, points of the transform
     int32_t peakCount = 0;
-    std::vector<int32_t> binTarget;     // N/2 + 1: where the energy of a bin points, then the peak of its region
-    std::vector<int32_t> nearestPeak;   // N/2 + 1: the peak that a target at this bin is nearest to
-    std::vector<int32_t> candidates;    // N/2 + 1
-    std::vector<int32_t> peakList;      // N/2 + 1
-    std::vector<float> peakFlag;        // per peak: 1 transient, -1 stationary
-    std::vector<float> regionFlux;      // per peak: energy of the change / energy of the reference
-    std::vector<Energy> energyBelow;    // N/2 + 1
+    std::vector<int32_t> binTarget;       // N/2 + 1: where the energy of a bin points, then the peak of its region
+    std::vector<uint64_t> pointsDown;     // a bit per bin: it points to itself or below
+    std::vector<int32_t> nearestPeak;     // N/2 + 1 and a stride: the peak that a target at this bin is nearest to
+    std::vector<int32_t> candidates;      // N/2 + 1
+    std::vector<int32_t> peakList;        // N/2 + 1
+    std::vector<float> peakFlag;          // per peak: 1 transient, -1 stationary
+    std::vector<float> regionFlux;        // per peak: energy of the change / energy of the reference
+    std::vector<int32_t> regionEnds;      // per peak: the first bin above it that points beyond it
+    std::vector<BinEnergy> energyBelow;   // N/2 + 1
 };

@@ -1,5 +1,7 @@
 #include "aplugins/qxvantor/planar_queue.h"
 
+#include "dsp/kernels.h"
+
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -47,12 +49,10 @@ void PlanarQueue::Release()
 
 void PlanarQueue::AppendInterleaved(const float* in, int32_t frames) noexcept
 {
-    for (int32_t c = 0; c < channels; ++c) {
-        float* const row = block.Row(c) + fill;
-        const float* source = in + c;
-        for (int32_t f = 0; f < frames; ++f, source += channels)
-            row[f] = *source;
-    }
+    std::array<float*, kMaxDriverChannels> rows;
+    for (int32_t c = 0; c < channels; ++c)
+        rows[size_t(c)] = block.Row(c) + fill;
+    Kernels().Deinterleave(rows.data(), in, channels, frames);
     fill += frames;
 }
 
@@ -72,12 +72,7 @@ void PlanarQueue::AppendSilence(int32_t frames) noexcept
 
 void PlanarQueue::TakeInterleaved(float* out, int32_t frames) noexcept
 {
-    for (int32_t c = 0; c < channels; ++c) {
-        const float* const row = block.Row(c);
-        float* target = out + c;
-        for (int32_t f = 0; f < frames; ++f, target += channels)
-            *target = row[f];
-    }
+    Kernels().Interleave(out, block.Rows(), channels, frames);
     RemoveFront(frames);
 }
 

@@ -43,6 +43,22 @@ const auto kFirst = Aligned(Noise(kFrame, 1)), kSecond = Aligned(Noise(kFrame, 2
 const auto out = Aligned(Signal(2 * kFrame)), other = Aligned(Signal(kFrame));
 const std::vector<int32_t> kTargets = Targets();
 
+const AlignedArray<float> kAdvances = [] {   // of a noise: every fourth bin or so is a peak
+    Signal x = Noise(kBins, 4, 4.0f);
+    for (int32_t k = 0; k < kBins; ++k)
+        x[size_t(k)] += float(k);
+    return Aligned(x);
+}();
+const std::vector<int32_t> kPeaks = [] {
+    std::vector<int32_t> peaks;
+    for (int32_t k = 0; k < kBins; k += 11)
+        peaks.push_back(k);
+    return peaks;
+}();
+std::vector<int32_t> bins(kBins);
+std::vector<uint64_t> words(kBins / 64);
+std::vector<BinEnergy> energies(kBins + 1);
+
 const float* const kIn[] = {kFirst.get() + 4, kSecond.get() + 4};
 float* const kOut[] = {out.get(), other.get()};
 
@@ -65,6 +81,16 @@ constexpr Case kCases[] = {
     {"DeinterleaveStereo", [](const VectorKernels& k) { k.Deinterleave(kOut, kFirst.get(), 2, kFrame / 2); }},
     {"CorrelationProduct",
      [](const VectorKernels& k) { k.CorrelationProduct(out.get(), kFirst.get(), kSecond.get(), 4, kBins); }},
+    {"PointBins",
+     [](const VectorKernels& k) {
+         k.PointBins(bins.data(), words.data(), kAdvances.get(), float(kFrame), float(kFrame), kBins);
+     }},
+    {"SumEnergies",
+     [](const VectorKernels& k) { k.SumEnergies(energies.data(), kFirst.get(), kSecond.get(), 1e-7f, kBins); }},
+    {"RegionEnds",
+     [](const VectorKernels& k) {
+         k.RegionEnds(bins.data(), kTargets.data(), kPeaks.data(), int32_t(kPeaks.size()), kBins);
+     }},
     {"CubicMono", [](const VectorKernels& k) { k.Cubic(kOut, kIn, 1, 0.25, 1.3f, 1024); }},
     {"CubicStereo", [](const VectorKernels& k) { k.Cubic(kOut, kIn, 2, 0.25, 1.3f, 1024); }},
 };

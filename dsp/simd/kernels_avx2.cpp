@@ -8,6 +8,7 @@ namespace {
 #include "dsp/simd/math.inl"
 #include "dsp/simd/packed.inl"
 #include "dsp/simd/vector_kernels.inl"
+#include "dsp/simd/peak_kernels.inl"
 }   // namespace
 
 constinit const VectorKernels kKernelsAvx2 = {

@@ -106,9 +106,11 @@ void OverlapAddZeroPhase(float* sum, const float* frame, const float* window, in
     OverlapAdd(sum + half, frame, window + half, half);
 }
 
-// Two channels go in vectors; one is a copy, and more are left to the caches, four channels or fewer at a time.
+// Two channels go in vectors, more are left to the caches.
 void Interleave(float* dst, const float* const* src, int32_t channels, int32_t frames)
 {
+    if (channels == 1)
+        return void(__builtin_memcpy(dst, src[0], size_t(frames) * sizeof(float)));
     int32_t i = 0;
     if (channels == 2)
         for (; i + kLanes <= frames; i += kLanes) {
@@ -123,6 +125,8 @@ void Interleave(float* dst, const float* const* src, int32_t channels, int32_t f
 
 void Deinterleave(float* const* dst, const float* src, int32_t channels, int32_t frames)
 {
+    if (channels == 1)
+        return void(__builtin_memcpy(dst[0], src, size_t(frames) * sizeof(float)));
     int32_t i = 0;
     if (channels == 2)
         for (; i + kLanes <= frames; i += kLanes) {
@@ -138,9 +142,9 @@ void Deinterleave(float* const* dst, const float* src, int32_t channels, int32_t
 // Cubic: eight output frames at a time, in two halves where a row of taps is 128 bits. -----------------------------
 
 constexpr int kCubicFrames = 8;
+using Vec4d = Vec<double, 4>;
 using Vec8 = Vec<float, 8>;
 using Vec4 = Vec<float, 4>;
-using Vec4d = Vec<double, 4>;
 using Vec4i = Vec<int32_t, 4>;
 
 [[gnu::always_inline]] inline Vec8 Join(Vec4 low, Vec4 high)

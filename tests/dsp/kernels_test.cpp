@@ -187,4 +187,63 @@ TEST_P(KernelsOf, CorrelationProductAlternatesItsSign)
         }
 }
 
+// Advances that point near, far, nowhere and beyond the top; the definition's own answer for three of them.
+TEST_P(KernelsOf, BinsPointWhereTheDefinitionSays)
+{
+    constexpr float kBinCount = 512.0f, kTurn = 128.0f * 6.2831855f;
+    for (int32_t n : {0, 1, 7, 8, 15, 16, 17, 63, 64, 65, 100, 128, 129, 256}) {
+        Signal advance = Noise(n + 1, 4, 2.0f);
+        for (int32_t k = 0; k < n; ++k)
+            advance[size_t(k)] = (float(k) + 3.0f * advance[size_t(k)]) * kTurn / kBinCount;
+        if (n > 8) {
+            advance[2] = std::nanf("");
+            advance[3] = 2.5f * kTurn / kBinCount;   // halfway: to the even bin
+            advance[8] = 1e9f;
+        }
+        std::vector<int32_t> target(size_t(n) + 1, -7), expected = target;
+        std::vector<uint64_t> down(size_t(n) / 64 + 1, 77), expectedDown = down;
+        kernels.PointBins(target.data(), down.data(), advance.data(), kBinCount, kTurn, n);
+        kKernelsPortable.PointBins(expected.data(), expectedDown.data(), advance.data(), kBinCount, kTurn, n);
+        ASSERT_EQ(target, expected) << n;
+        ASSERT_EQ(down, expectedDown) << n;
+        if (n > 8) {
+            EXPECT_EQ(target[2], 2);
+            EXPECT_EQ(target[3], 2);
+            EXPECT_EQ(target[8], 255);
+            EXPECT_EQ(down[0] & 0x10c, 0xcu);   // bins 2 and 3, not 8
+        }
+    }
+}
+
+TEST_P(KernelsOf, EnergiesAddUpAndRegionsEndWhereBinsPointBeyond)
+{
+    for (int32_t n : kSizes) {
+        const Signal now = Noise(n + 1, 5), before = Noise(n + 1, 6);
+        std::vector<BinEnergy> below(size_t(n) + 2, {0.0, 0.0});
+        kernels.SumEnergies(below.data(), now.data(), before.data(), 0.3f, n);
+        double change = 0.0, reference = 0.0;
+        for (size_t k = 0; k < size_t(n); ++k) {
+            const double d = std::fabs(double(now[k]) - before[k]);
+            change += d > 0.3f ? d * d : 0.0;
+            reference += d > 0.3f ? double(before[k]) * before[k] : 0.0;
+            ASSERT_NEAR(below[k + 1].change, change, 1e-6 * change) << n;   // squares are rounded to float
+            ASSERT_NEAR(below[k + 1].reference, reference, 1e-6 * reference) << n;
+        }
+        EXPECT_EQ(below.back().change, 0.0);
+
+        std::vector<int32_t> target, peaks, ends(size_t(n), -1), expected(ends);
+        for (int32_t k = 0; k < n; ++k)
+            target.push_back(k / 5 * 5 + (k % 7 == 3 ? 5 : 0));
+        for (int32_t k = 0; k < n; k += 5)
+            peaks.push_back(k);
+        kernels.RegionEnds(ends.data(), target.data(), peaks.data(), int32_t(peaks.size()), n);
+        for (size_t i = 0; i < peaks.size(); ++i) {
+            int32_t k = peaks[i] + 1;
+            for (; k < n && target[size_t(k)] <= peaks[i]; ++k) {
+            }
+            ASSERT_EQ(ends[i], k) << n;
+        }
+    }
+}
+
 }   // namespace
