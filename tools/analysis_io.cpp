@@ -5,6 +5,7 @@
 #include "tools/interruption.h"
 #include "tools/output_file.h"
 #include "tools/plot.h"
+#include "tools/sample_scan.h"
 #include "tools/standard_output.h"
 
 #include <algorithm>
@@ -101,9 +102,7 @@ int64_t AnalysisInput::Read(float* out, int64_t frames)
     if (const int signal = Interruption())
         EndBy(signal);
     const int64_t got = reader->Read(out, frames);
-    for (float& sample : std::span(out, size_t(got * Format().channels)))
-        if (!std::isfinite(sample))
-            sample = 0.0f;
+    MendNonFinite({out, size_t(got * Format().channels)});
     return got;
 }
 

@@ -1,10 +1,10 @@
 #include "tools/file_source.h"
 
+#include "tools/sample_scan.h"
+
 #include <mmreg.h>
 
 #include <algorithm>
-#include <cmath>
-#include <span>
 
 namespace {
 
@@ -60,11 +60,7 @@ HRESULT FileSource::FillBuffer(IMediaSample* pSample)
         const auto samples = reinterpret_cast<float*>(buffer);
         const int64_t got = reader->Read(samples, block);
         const int64_t count = got * reader->Format().channels;
-        for (float& sample : std::span(samples, size_t(count)))
-            if (!std::isfinite(sample)) {
-                sample = 0.0f;
-                ++nonFinite;
-            }
+        nonFinite += MendNonFinite({samples, size_t(count)});
         if (got == 0)
             return S_FALSE;
         Stamp(pSample, got);

@@ -1,11 +1,12 @@
 #include "tools/file_writer.h"
 
+#include "tools/sample_scan.h"
+
 #include <mmreg.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <span>
+#include <vector>
 
 namespace {
 
@@ -48,8 +49,7 @@ HRESULT FileWriter::DoRenderSample(IMediaSample* pSample)
 
 void FileWriter::Write(const float* samples, int64_t frames)
 {
-    for (const float sample : std::span(samples, size_t(frames * format.channels)))
-        peak = std::max(peak, double(std::abs(sample)));
+    peak = std::max(peak, double(PeakOf({samples, size_t(frames * format.channels)})));
     writer->Write(samples, frames);
     framesWritten += frames;
 }
