@@ -134,14 +134,14 @@ HRESULT CQxVantorTransform::StartDriver()
     SetRate(in->nSamplesPerSec);
     driver.reset();
     paramsApplied = false;
-    driver.reset(new (std::nothrow)
-                     CVtn(std::min(in->nChannels, out->nChannels), float(in->nSamplesPerSec), kBlockFrames));
+    QxVantorParams record;
+    FetchRecord(&record);
+    driver.reset(new (std::nothrow) CVtn(std::min(in->nChannels, out->nChannels), float(in->nSamplesPerSec),
+                                         kBlockFrames, &CreateInstance, record.mode));
     if (!driver) {
         StopDriver();
         return E_OUTOFMEMORY;
     }
-    QxVantorParams record;
-    FetchRecord(&record);
     ApplyRecord(record, true);
     if (!driver->HasEngine()) {
         StopDriver();

@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr int32_t kModeUnset = 6;   // makes the first SetParams build an engine, whatever its mode
 constexpr int32_t kMostAttempts = 10000;
 constexpr float kNudge = 4.9999e-5f;   // of pitch factor, per attempt to bring a refused pair into range
 constexpr float kSamePitch = 1e-6f;    // relative; two quantised pitches are hundreds of times further apart
@@ -37,9 +36,10 @@ struct CVtn::Output {
     uint32_t Room() const noexcept { return capacity - produced; }
 };
 
-CVtn::CVtn(int32_t channelCount, float rate, int32_t block, EngineFactory engineFactory)
+CVtn::CVtn(int32_t channelCount, float rate, int32_t block, EngineFactory engineFactory, int32_t firstMode)
     : channels(channelCount), blockSize(std::clamp(block, 1, kLongestBlock)),
-      engineBlock(std::min(blockSize, kMaxBlockFrames)), sampleRate(rate), factory(engineFactory), mode(kModeUnset)
+      engineBlock(std::min(blockSize, kMaxBlockFrames)), sampleRate(rate), factory(engineFactory),
+      mode(firstMode == kModeUnset ? kModeUnset : NormalizedMode(firstMode))
 {
     InitEngine();
 }

@@ -27,8 +27,11 @@ public:
 
     // sampleRate in Hz; blockSize in frames, 2048 from the filter: it sets buffer margins and the pace of ramps, and is
     // not the engine's block. More than 32 channels become 32. When no engine can be made (see HasEngine) the object
-    // still lives: it takes nothing and gives nothing.
-    CVtn(int32_t channels, float sampleRate, int32_t blockSize, EngineFactory factory = &CreateInstance);
+    // still lives: it takes nothing and gives nothing. firstMode: the mode that the first record will ask for, where it
+    // is known; that record then finds its engine made, and otherwise makes its own.
+    static constexpr int32_t kModeUnset = 6;
+    CVtn(int32_t channels, float sampleRate, int32_t blockSize, EngineFactory factory = &CreateInstance,
+         int32_t firstMode = kModeUnset);
     ~CVtn();
     CVtn(const CVtn&) = delete;
     CVtn& operator=(const CVtn&) = delete;

@@ -195,20 +195,24 @@ int32_t CPTAnalysis::HarmonicSumBin() noexcept
 {
     const float* s = spectrum.data();
     float* t = peaks.data();
-    std::fill(t, t + fftLength, 0.0f);
     const int32_t end = int32_t(int64_t(fftLength) * kHighestHz / analysisRate);
-    int32_t harmonics = kSumHarmonics;
+    int32_t harmonics = kSumHarmonics,
+            within = kSumHarmonics;   // of the transform; of its lower half, which alone holds any
+    std::fill_n(t, end, 0.0f);
     for (int32_t k = sumLowBin; k < end; ++k) {
-        harmonics = std::min(harmonics, (fftLength - 1) / k);
+        while (harmonics * k >= fftLength)
+            --harmonics;
+        while (within * k >= fftLength / 2)
+            --within;
         double sum = 0.0;
-        for (int32_t h = 1; h <= harmonics; ++h)
+        for (int32_t h = 1; h <= within; ++h)
             sum += s[h * k] * kHarmonicWeight[size_t(h)];
-        sum -= 0.25 * s[int32_t(k * 0.5)];
+        sum -= 0.25 * s[k / 2];
         sum -= 0.1 * s[int32_t(k * 0.6666)];
         sum -= 0.1 * s[int32_t(k * 0.3333)];
         t[k] = float(sum / harmonics);
     }
-    return LargestPositive(t, fftLength / 2);
+    return LargestPositive(t, end);
 }
 
 double CPTAnalysis::BinFrequency(double bin) const noexcept
