@@ -142,7 +142,9 @@ HRESULT CQxVantorTransform::StartDriver()
         StopDriver();
         return E_OUTOFMEMORY;
     }
-    ApplyRecord(record, true);
+    driver->SetParams(&record, true);   // new as it is, it needs no Reset
+    driver->UpdateRatios(false);
+    paramsApplied = true;
     if (!driver->HasEngine()) {
         StopDriver();
         return VFW_E_UNSUPPORTED_AUDIO;

@@ -25,7 +25,6 @@ QxVantorParams MakeRecord(const Mode& mode, const Setting& setting)
 OwnDriver::OwnDriver(const Mode& mode, int32_t channels, int32_t rate, const Setting& setting)
     : vtn(channels, float(rate), 2048, &CreateInstance, mode.mode), room(size_t(kRoom) * size_t(channels))
 {
-    vtn.Reset();
     QxVantorParams record = MakeRecord(mode, setting);
     vtn.SetParams(&record, true);
     vtn.UpdateRatios(false);
