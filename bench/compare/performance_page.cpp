@@ -60,7 +60,9 @@ std::string FormatPage(const std::vector<Section>& sections)
     text += "- Processor: " + ProcessorName() + "; vector class `" + ActiveClass().name + "`\n";
     text += "- Compiler: GCC " __VERSION__ ", release build\n";
     text += "- Peers: " + PeerVersions() + "\n\n";
-    text += "![Speed over stretch factor](performance.png)\n\n";
+    text +=
+        "![Speed over stretch factor](performance.png)\n\n"
+        "Where a bar is missed, [performance_limits.md](performance_limits.md) has the profile and what was tried.\n\n";
     for (const Section& section : sections)
         text += FormatSection(section);
     text.pop_back();
