@@ -3,6 +3,7 @@
 
 #include "tools/utf8_path.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <set>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 struct Outcome {
@@ -37,7 +39,18 @@ protected:
         while (!std::filesystem::create_directory(folder, taken) && i < 10000);
         ASSERT_FALSE(taken) << taken.message();
     }
-    void TearDown() override { std::filesystem::remove_all(folder); }
+    // The system may keep a file for a moment after the program that had it open has ended.
+    void TearDown() override
+    {
+        std::error_code kept;
+        for (int attempt = 0; attempt < 250; ++attempt) {
+            std::filesystem::remove_all(folder, kept);
+            if (!kept)
+                return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        ADD_FAILURE() << folder << ": " << kept.message();
+    }
 
     std::string Path(const std::string& name) const { return folder + "/" + name; }
 

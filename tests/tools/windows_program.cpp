@@ -24,11 +24,14 @@ std::wstring CommandLine(const std::string& program, const std::vector<std::stri
 
 Outcome RunProgram(const std::string& program, const std::string& folder, const std::vector<std::string>& arguments)
 {
+    // Names of their own for each run: the system may close the files of a program a moment after it has ended.
+    static int runs = 0;
+    const std::string run = std::to_string(++runs), out = folder + "/stdout" + run, err = folder + "/stderr" + run;
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = CreateInherited(folder + "/stdout");
-    startup.hStdError = CreateInherited(folder + "/stderr");
+    startup.hStdOutput = CreateInherited(out);
+    startup.hStdError = CreateInherited(err);
     std::wstring line = CommandLine(program, arguments);
     PROCESS_INFORMATION process = {};
     const BOOL started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
@@ -42,5 +45,5 @@ Outcome RunProgram(const std::string& program, const std::string& folder, const 
     }
     CloseHandle(startup.hStdOutput);
     CloseHandle(startup.hStdError);
-    return {int(status), Contents(folder + "/stdout"), Contents(folder + "/stderr")};
+    return {int(status), Contents(out), Contents(err)};
 }
