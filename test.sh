@@ -42,4 +42,8 @@ case "${1:-}" in
 esac
 need_packages "${build_packages[@]}" "${test_packages[@]}"
 build_preset "$preset" "${targets[@]}"
+if [ "$preset" = windows ]; then   # the native program's work, to hold the windows build's against
+    build_preset release --target vantor
+    cmake/native_renderings.sh build/native_renderings
+fi
 ctest --preset "$preset" "${labels[@]}" -j "$(nproc)"
