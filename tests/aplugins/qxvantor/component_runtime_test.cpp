@@ -1,6 +1,10 @@
 // The module through the platform's component runtime, which finds it in the registry by the filter's class id.
+#include "aplugins/qxvantor/param_table.h"
 #include "aplugins/qxvantor/vantor_setup.h"
 #include "platform/com_ptr.h"
+#include "platform/media/filter_graph.h"
+#include "tests/aplugins/driver_run.h"
+#include "tests/aplugins/qxvantor/peers.h"
 
 #include <windows.h>
 
@@ -10,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -60,24 +65,90 @@ Text ModulePath()
     return path.data();
 }
 
-TEST(ComponentRuntime, CreatesTheFilterByItsClassId)
-{
-    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)));
+class ComponentRuntime : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))); }
+    void TearDown() override { CoUninitialize(); }
+    static ComPtr<IBaseFilter> CreateFilter()
     {
-        const Registration registration(ModulePath());
         ComPtr<IBaseFilter> filter;
-        ASSERT_EQ(CoCreateInstance(CLSID_QxVantor, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
+        EXPECT_EQ(CoCreateInstance(CLSID_QxVantor, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
                                    reinterpret_cast<void**>(filter.Out())),
                   S_OK);
-        ComPtr<IPin> pin;
-        EXPECT_EQ(filter->FindPin(TEXT("In"), pin.Out()), S_OK);
-        const auto info = Query<IMediaParamInfo>(filter.Get(), IID_IMediaParamInfo);
-        ASSERT_TRUE(bool(info));
-        DWORD count = 0;
-        EXPECT_EQ(info->GetParamCount(&count), S_OK);
-        EXPECT_GT(count, 0u);
+        return filter;
     }
-    CoUninitialize();
+    static ComPtr<IPin> PinOf(const ComPtr<IBaseFilter>& filter, const WCHAR* id)
+    {
+        ComPtr<IPin> pin;
+        EXPECT_EQ(filter->FindPin(id, pin.Out()), S_OK);
+        return pin;
+    }
+};
+
+TEST_F(ComponentRuntime, CreatesTheFilterByItsClassId)
+{
+    const Registration registration(ModulePath());
+    const auto filter = CreateFilter();
+    ASSERT_TRUE(bool(filter));
+    const auto info = Query<IMediaParamInfo>(filter.Get(), IID_IMediaParamInfo);
+    ASSERT_TRUE(bool(info));
+    DWORD count = 0;
+    EXPECT_EQ(info->GetParamCount(&count), S_OK);
+    EXPECT_EQ(count, 7u);
+}
+
+// The registered module between two peers in the platform's own graph, to the end of the stream.
+TEST_F(ComponentRuntime, RunsTheFilterInTheGraph)
+{
+    const Registration registration(ModulePath());
+    for (const int32_t mode : {kModePro, kModeEfficient, kModeSoloistMono, kModeSoloistSpeech}) {
+        const auto filter = CreateFilter();
+        ASSERT_TRUE(bool(filter));
+        const auto params = Query<IMediaParams>(filter.Get(), IID_IMediaParams);
+        ASSERT_EQ(params->SetParam(kParamStretch, 1.5f), S_OK);
+        ASSERT_EQ(params->SetParam(kParamPitch, 3.0f), S_OK);
+        params->SetParam(kParamMode, float(mode));
+        ComPtr<IGraphBuilder> graph;
+        ASSERT_EQ(CreateFilterGraph(graph.Out()), S_OK);
+        auto* const feed = new OnePinFilter<FeedPin>;
+        auto* const take = new OnePinFilter<TakePin>;
+        const ComPtr<IBaseFilter> held[] = {ComPtr<IBaseFilter>(feed), ComPtr<IBaseFilter>(take)};
+        Signal got;
+        take->pin.onSample = [&](IMediaSample* pSample) {
+            const Taken taken(pSample);
+            got.insert(got.end(), taken.audio.begin(), taken.audio.end());
+            return S_OK;
+        };
+        ASSERT_EQ(graph->AddFilter(feed, TEXT("feed")), S_OK);
+        ASSERT_EQ(graph->AddFilter(filter.Get(), TEXT("filter")), S_OK);
+        ASSERT_EQ(graph->AddFilter(take, TEXT("take")), S_OK);
+        const CMediaType type = FloatType(2, 44100);
+        ASSERT_EQ(graph->ConnectDirect(&feed->pin, PinOf(filter, TEXT("In")).Get(), &type), S_OK);
+        ASSERT_EQ(graph->ConnectDirect(PinOf(filter, TEXT("Out")).Get(), &take->pin, nullptr), S_OK);
+        const auto control = Query<IMediaControl>(graph.Get(), IID_IMediaControl);
+        ASSERT_TRUE(SUCCEEDED(control->Run()));
+
+        const Signal in = Noise(2 * 20000, 5, 0.5f);
+        for (size_t at = 0; at < in.size(); at += 8000) {
+            ComPtr<IMediaSample> sample;
+            BYTE* data = nullptr;
+            ASSERT_EQ(feed->pin.GetDeliveryBuffer(sample.Out(), nullptr, nullptr, 0), S_OK);
+            sample->GetPointer(&data);
+            std::copy_n(in.begin() + ptrdiff_t(at), 8000, reinterpret_cast<float*>(data));
+            sample->SetActualDataLength(8000 * sizeof(float));
+            ASSERT_EQ(feed->pin.Deliver(sample.Get()), S_OK);
+        }
+        ASSERT_EQ(feed->pin.DeliverEndOfStream(), S_OK);
+        EXPECT_EQ(control->Stop(), S_OK);
+        EXPECT_EQ(take->pin.ends, 1);
+
+        CVtn vtn(2, 44100, 2048);
+        QxVantorParams record = Record(150, 3, mode);
+        record.contentPitch = 7;
+        record.syncPitch = 0;
+        Start(vtn, record);
+        EXPECT_TRUE(got == RunDriver(vtn, in, 2)) << "mode " << mode << ", " << got.size() << " samples";
+    }
 }
 
 }   // namespace
