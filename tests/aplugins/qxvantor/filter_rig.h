@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <span>
 #include <vector>
 
@@ -81,7 +83,7 @@ public:
             return hr;
         BYTE* data = nullptr;
         sample->GetPointer(&data);
-        std::memcpy(data, audio.data(), audio.size_bytes());
+        std::ranges::copy(std::as_bytes(audio), reinterpret_cast<std::byte*>(data));
         sample->SetActualDataLength(LONG(audio.size_bytes()));
         if (start) {
             REFERENCE_TIME end = *start + 1;

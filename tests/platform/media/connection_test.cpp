@@ -90,7 +90,8 @@ TEST_F(Connection, TellsWhatItIs)
     CMediaType type;
     EXPECT_EQ(transform->GetPin(0)->ConnectionMediaType(&type), S_OK);
     EXPECT_EQ(KindOf(type), 1);
-    EXPECT_EQ(sink->GetPin(0)->ConnectionMediaType(&type), VFW_E_NOT_CONNECTED);
+    CMediaType none;   // a refusal overwrites what it finds
+    EXPECT_EQ(sink->GetPin(0)->ConnectionMediaType(&none), VFW_E_NOT_CONNECTED);
 
     ComPtr<IPin> pin;
     EXPECT_EQ(transform->FindPin(TEXT("Out"), pin.Out()), S_OK);
