@@ -1,6 +1,7 @@
 #include "tools/promise.h"
 
 #include "aplugins/qxvantor/promised_length.h"
+#include "aplugins/qxvantor/ratio_ramp.h"
 #include "aplugins/qxvantor/vtn.h"
 
 #include <algorithm>
@@ -11,13 +12,21 @@ constexpr int32_t kDriverBlock = 2048;
 
 }   // namespace
 
-// Channels do not matter to the factors, so one is enough.
-Factors FactorsInForce(QxVantorParams record, int32_t sampleRate)
+// The engine takes it in single precision.
+double StretchInForce(QxVantorParams record)
 {
-    CVtn driver(1, float(sampleRate), kDriverBlock);
+    RatioRamp ramp;
+    ramp.TakeTargets(&record);
+    return float(ramp.TargetStretch());
+}
+
+// Channels do not matter, so one is enough.
+double PitchInForce(QxVantorParams record, int32_t sampleRate)
+{
+    CVtn driver(1, float(sampleRate), kDriverBlock, &CreateInstance, record.mode);
     driver.SetParams(&record, true);
     driver.UpdateRatios(false);
-    return {driver.GetStretch(), driver.GetPitch()};
+    return driver.GetPitch();
 }
 
 int64_t PromisedFrames(int64_t framesIn, double stretch)

@@ -5,12 +5,10 @@
 
 #include <cstdint>
 
-struct Factors {
-    double stretch, pitch;   // output duration / input duration; frequency multiplier
-};
-
-// The factors that are in force under a record that does not change. sampleRate in Hz, as the engine takes it.
-Factors FactorsInForce(QxVantorParams record, int32_t sampleRate);
+// Under a record that does not change, output duration / input duration.
+double StretchInForce(QxVantorParams record);
+// Likewise the frequency multiplier, which an engine made for the question quantises. sampleRate in Hz, as it takes it.
+double PitchInForce(QxVantorParams record, int32_t sampleRate);
 
 // The output frames that an input becomes at a constant stretch in force.
 int64_t PromisedFrames(int64_t framesIn, double stretch);

@@ -96,9 +96,7 @@ void Prepare(IBaseFilter* filter, const Options& options, std::optional<double> 
                            " drives the stretch, so the duration cannot be had");
     report->record = RecordOf(filter);
     report->requestedStretch = stretch.value_or(report->record.stretchPercent / 100.0);
-    const Factors factors = FactorsInForce(report->record, report->input.rate);
-    report->stretch = factors.stretch;
-    report->pitchFactor = factors.pitch;
+    report->stretch = StretchInForce(report->record);
     CheckFactors(options, *report);
 }
 

@@ -1,5 +1,7 @@
 #include "tools/report.h"
 
+#include "tools/promise.h"
+
 #include <charconv>
 #include <cmath>
 
@@ -65,8 +67,9 @@ Lines InForce(const Report& r)
 {
     Lines lines;
     lines.Number("stretch", r.stretch);
-    lines.Number("pitch_semitones", 12.0 * std::log2(r.pitchFactor));
-    lines.Number("pitch_factor", r.pitchFactor);
+    const double pitch = PitchInForce(r.record, r.input.rate);
+    lines.Number("pitch_semitones", 12.0 * std::log2(pitch));
+    lines.Number("pitch_factor", pitch);
     return lines;
 }
 

@@ -12,7 +12,6 @@ struct Report {
     QxVantorParams record{};         // the filter's as rendering starts
     double requestedStretch = 1.0;   // as asked, or as a duration made it
     double stretch = 1.0;            // in force, as rendering starts
-    double pitchFactor = 1.0;        // likewise
     int64_t framesIn = 0;
     int64_t framesOut = 0;
     int64_t framesPromised = 0;   // by the factors in force, or by the duration; what came under automation

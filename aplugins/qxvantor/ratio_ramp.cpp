@@ -65,10 +65,14 @@ void RatioRamp::LimitRatioProduct()
         correct(kHighestProduct, -kInsideBound);
 }
 
-void RatioRamp::RestateTargets(double stretch, double pitch)
+// In force are the targets as they come out of the record's own units.
+void RatioRamp::TakeTargets(QxVantorParams* params)
 {
-    targetStretch = stretch;
-    targetPitch = pitch;
+    SetTargets(params->stretchPercent / 100.0, std::exp2(params->pitchSemitones / 12.0));
+    params->stretchPercent = targetStretch * 100.0;
+    params->pitchSemitones = std::log2(targetPitch) * 12.0;
+    targetStretch = params->bypass ? 1.0 : params->stretchPercent / 100.0;
+    targetPitch = params->bypass ? 1.0 : std::exp2(params->pitchSemitones / 12.0);
 }
 
 void RatioRamp::JumpTo(double stretch, double pitch)

@@ -3,6 +3,8 @@
 // the engine tests it; targets and steps are formed in double precision.
 #pragma once
 
+#include "aplugins/qxvantor/vantor_params.h"
+
 #include <cstdint>
 
 class RatioRamp {
@@ -11,8 +13,8 @@ public:
     // 0.1 .. 10. What exceeds the product's bound is taken from the factor that has just changed; as long as the stretch
     // stands where the last correction left it, from the pitch. A value that is no number leaves its target as it was.
     void SetTargets(double stretch, double pitch);
-    // The targets as they come out of the record after its own rounding; no bound is applied.
-    void RestateTargets(double stretch, double pitch);
+    // The targets of a record, which keeps what came of them; a record with bypass set has the targets 1.
+    void TakeTargets(QxVantorParams* params);
     // Both factors and both targets at once.
     void JumpTo(double stretch, double pitch);
     void JumpToTargets() { JumpTo(targetStretch, targetPitch); }

@@ -89,26 +89,19 @@ void CVtn::FreeBuffers()
 bool CVtn::SetParams(QxVantorParams* params, bool immediate)
 {
     const int32_t oldMode = mode;
-    ramp.SetTargets(params->stretchPercent / 100.0, std::exp2(params->pitchSemitones / 12.0));
+    ramp.TakeTargets(params);
     cutOffExponent = 12 - std::clamp(params->contentPitch, 3, 9);
     if (!std::isnan(params->formantPercent))
         formantPercent = std::clamp(params->formantPercent, 0.0, 100.0);
     mode = NormalizedMode(params->mode);
     syncPitch = params->syncPitch;
 
-    params->stretchPercent = ramp.TargetStretch() * 100.0;
-    params->pitchSemitones = std::log2(ramp.TargetPitch()) * 12.0;
     params->contentPitch = 12 - cutOffExponent;
     params->formantPercent = formantPercent;
     params->mode = mode;
 
-    if (params->bypass) {
-        ramp.JumpTo(1.0, 1.0);
-    } else {
-        ramp.RestateTargets(params->stretchPercent / 100.0, std::exp2(params->pitchSemitones / 12.0));
-        if (immediate)
-            ramp.JumpToTargets();
-    }
+    if (immediate || params->bypass)
+        ramp.JumpToTargets();
     ramp.SetSteps(RampDivisor());
     if (mode != oldMode || params->bypass)
         InitEngine();

@@ -127,7 +127,7 @@ TEST(RatioRamp, EndsAlsoWhenAStepLeadsNowhere)
 {
     RatioRamp ramp;
     ramp.JumpTo(10.0, 2.0);   // a pair that no record can ask for, and no steps sized
-    ramp.RestateTargets(1.0, 1.0);
+    ramp.SetTargets(1.0, 1.0);
     ramp.Step();
     EXPECT_EQ(ramp.CurStretch(), 1.0);
     EXPECT_EQ(ramp.CurPitch(), 1.0);
