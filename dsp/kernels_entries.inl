@@ -12,3 +12,6 @@
     .PointBins = PointBins,
     .SumEnergies = SumEnergies,
     .RegionEnds = RegionEnds,
+    .PeakMagnitude = PeakMagnitude,
+    .FromInt16 = FromInt16,
+    .ToInt16 = ToInt16,

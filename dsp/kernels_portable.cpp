@@ -141,6 +141,8 @@ void RegionEnds(int32_t* ends, const int32_t* target, const int32_t* peaks, int3
     }
 }
 
+#include "dsp/sample_kernels.inl"
+
 }   // namespace
 
 constinit const VectorKernels kKernelsPortable = {

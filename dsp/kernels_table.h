@@ -51,6 +51,15 @@ struct VectorKernels {
     void (*SumEnergies)(BinEnergy* below, const float* magnitude, const float* reference, float floor, int32_t n);
     // ends[i]: the first k above peaks[i] with target[k] above peaks[i], or n (or peaks[i] + 1 where that is beyond n).
     void (*RegionEnds)(int32_t* ends, const int32_t* target, const int32_t* peaks, int32_t count, int32_t n);
+
+    // The largest magnitude, 0 for no samples; infinite or no number where a sample is.
+    float (*PeakMagnitude)(const float* x, int32_t n);
+    // dst[i] = src[i] / 32768, exactly.
+    void (*FromInt16)(float* dst, const int16_t* src, int32_t n);
+    // dst[i] = src[i] * fullScale rounded to the nearest, halves to the even one, and limited to -fullScale ..
+    // fullScale - 1; fullScale a power of two up to 32768. Gives how many fullScale - 0.5 or -fullScale - 0.5 does not
+    // hold. What is no number becomes any.
+    int32_t (*ToInt16)(int16_t* dst, const float* src, float fullScale, int32_t n);
 };
 
 extern const VectorKernels kKernelsPortable;

@@ -1,6 +1,6 @@
 #include "tools/file_writer.h"
 
-#include "tools/sample_scan.h"
+#include "dsp/kernels.h"
 
 #include <mmreg.h>
 
@@ -49,7 +49,7 @@ HRESULT FileWriter::DoRenderSample(IMediaSample* pSample)
 
 void FileWriter::Write(const float* samples, int64_t frames)
 {
-    peak = std::max(peak, double(PeakOf({samples, size_t(frames * format.channels)})));
+    peak = std::max(peak, double(Kernels().PeakMagnitude(samples, int32_t(frames * format.channels))));
     writer->Write(samples, frames);
     framesWritten += frames;
 }

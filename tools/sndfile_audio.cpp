@@ -1,12 +1,13 @@
 // Audio files by libsndfile.
+#include "dsp/kernels.h"
 #include "tools/audio_file.h"
 #include "tools/declared_size.h"
 #include "tools/failure.h"
+#include "tools/native/piecewise_file.h"
 
 #include <sndfile.h>
 
 #include <algorithm>
-#include <bit>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -80,6 +81,8 @@ std::string Words(const char* text)
     return words;
 }
 
+constexpr int64_t kAhead = 32768;   // frames read from the system at once
+
 class SndfileReader : public AudioReader {
 public:
     explicit SndfileReader(const std::string& thePath) : path(thePath)
@@ -130,15 +133,24 @@ private:
         if (S_ISREG(status.st_mode) && status.st_size == 0)
             throw DataFailure(path + ": the file is empty");
     }
-    // The library's own conversion takes a few times as long.
+    // The library's own conversion takes a few times as long. It reads from the system what it is asked for at once.
     int64_t ReadShort(float* out, int64_t frames)
     {
-        constexpr float kStep = 1.0f / 32768.0f;
-        shorts.resize(size_t(frames * info.channels));
-        const int64_t got = sf_readf_short(file.get(), shorts.data(), frames);
-        for (size_t i = 0; i < size_t(got * info.channels); ++i)
-            out[i] = kStep * float(shorts[i]);
+        int64_t got = 0;
+        while (got < frames && (aheadAt < aheadEnd || FillAhead())) {
+            const auto part = std::min(size_t((frames - got) * info.channels), aheadEnd - aheadAt);
+            Kernels().FromInt16(out + got * info.channels, ahead.data() + aheadAt, int32_t(part));
+            aheadAt += part;
+            got += int64_t(part) / info.channels;
+        }
         return got;
+    }
+    bool FillAhead()
+    {
+        ahead.resize(size_t(kAhead * info.channels));
+        aheadAt = 0;
+        aheadEnd = size_t(std::max<int64_t>(sf_readf_short(file.get(), ahead.data(), kAhead), 0) * info.channels);
+        return aheadEnd > 0;
     }
     std::string Reason() const
     {
@@ -152,7 +164,8 @@ private:
     SF_INFO info{};
     SndfilePtr file;
     AudioFormat format;
-    std::vector<short> shorts;
+    std::vector<short> ahead;           // read and not yet given: from aheadAt to aheadEnd
+    size_t aheadAt = 0, aheadEnd = 0;   // samples
     int64_t framesRead = 0;
 };
 
@@ -181,7 +194,7 @@ class SndfileWriter : public AudioWriter {
 public:
     SndfileWriter(int descriptor, const std::string& theName, const AudioFormat& format, int64_t expectedFrames,
                   const std::vector<Tag>& tags)
-        : name(theName), channels(format.channels)
+        : name(theName), channels(format.channels), bytes(descriptor)
     {
         SF_INFO info{};
         info.channels = format.channels;
@@ -192,7 +205,8 @@ public:
         if (!sf_format_check(&info))
             throw DataFailure(name + ": this format cannot hold " + std::to_string(channels) + " channels at " +
                               std::to_string(format.rate) + " Hz");
-        file.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
+        SF_VIRTUAL_IO calls = PiecewiseFile::Calls();
+        file.reset(sf_open_virtual(&calls, SFM_WRITE, &info, &bytes));
         if (!file)
             throw DataFailure(name + ": " + Words(sf_strerror(nullptr)));
         sf_command(file.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, format.container == Container::kWav);
@@ -207,21 +221,25 @@ public:
                                 : unusedBits >= 16 ? WriteShort(in, frames)
                                                    : WriteWhole(in, frames);
         if (written != frames)
-            throw DataFailure(name + ": cannot write: " + Words(sf_strerror(file.get())));
+            throw Unwritten(sf_error(file.get()));
     }
 
     int64_t Clipped() const override { return clipped; }
 
     void Finish() override
     {
-        sf_write_sync(file.get());
         const int error = sf_error(file.get());
         const int closing = sf_close(file.release());
-        if (error || closing)
-            throw DataFailure(name + ": cannot write: " + Words(sf_error_number(error ? error : closing)));
+        if (!bytes.Finish() || error || closing)
+            throw Unwritten(error ? error : closing);
     }
 
 private:
+    Failure Unwritten(int libraryError) const
+    {
+        const std::string reason = bytes.Error() ? std::strerror(bytes.Error()) : Words(sf_error_number(libraryError));
+        return DataFailure(name + ": cannot write: " + reason);
+    }
     void SetFacts(const AudioFormat& format, const std::vector<Tag>& tags)
     {
         if (!format.channelMap.empty()) {   // refused by formats that have no map
@@ -233,23 +251,15 @@ private:
     }
 
     // Rounded here to the file's own grain, so that what was read comes back bit for bit: the library's conversions
-    // from float truncate, or scale by one step less than full scale. Up to 16 bits all of it is exact in floats: next to
-    // 1.5 x 2^23 they have whole numbers only, so that the sum rounds, and holds the number in its lowest bits.
+    // from float truncate, or scale by one step less than full scale.
     int64_t WriteShort(const float* in, int64_t frames)
     {
-        constexpr float kToWhole = 12582912.0f;
         const int unused = unusedBits - 16;
-        const float fullScale = float(32768 >> unused);
         shorts.resize(size_t(frames * channels));
-        int32_t beyond = 0;
-        for (size_t i = 0; i < shorts.size(); ++i) {
-            const float value = in[i] * fullScale;
-            const float limited = std::min(std::max(value, -fullScale), fullScale - 1.0f);
-            beyond += int32_t(value > fullScale - 0.5f) | int32_t(value < -fullScale - 0.5f);
-            shorts[i] =
-                short((std::bit_cast<int32_t>(limited + kToWhole) - std::bit_cast<int32_t>(kToWhole)) * (1 << unused));
-        }
-        clipped += beyond;
+        clipped += Kernels().ToInt16(shorts.data(), in, float(32768 >> unused), int32_t(shorts.size()));
+        if (unused > 0)
+            for (short& value : shorts)
+                value = short(value * (1 << unused));
         return sf_writef_short(file.get(), shorts.data(), frames);
     }
 
@@ -269,7 +279,8 @@ private:
     std::string name;
     int32_t channels;
     int unusedBits = 0;   // of 32, below the sample's; negative: not whole numbers
-    SndfilePtr file;
+    PiecewiseFile bytes;
+    SndfilePtr file;   // writes to them until it is closed
     std::vector<short> shorts;
     std::vector<int> whole;
     int64_t clipped = 0;

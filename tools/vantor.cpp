@@ -1,5 +1,6 @@
 // The command line host: renders a file through the plug-in.
 #include "platform/component_runtime.h"
+#include "dsp/vtnf.h"
 #include "tools/analyze.h"
 #include "tools/failure.h"
 #include "tools/filter_settings.h"
@@ -93,6 +94,7 @@ int Tell(int status, std::string what)
 int main(int argc, char** argv)
 try {
     HoldStandardStreams();
+    vtnfInit();   // samples are converted by its class's kernels
     const ComponentRuntime components;
     std::vector<std::string> arguments = Arguments(argc, argv);
     std::vector<char*> pointers;

@@ -57,6 +57,7 @@ const std::vector<int32_t> kPeaks = [] {
 }();
 std::vector<int32_t> bins(kBins);
 std::vector<uint64_t> words(kBins / 64);
+std::vector<int16_t> shorts(kFrame);
 std::vector<BinEnergy> energies(kBins + 1);
 
 const float* const kIn[] = {kFirst.get() + 4, kSecond.get() + 4};
@@ -91,6 +92,9 @@ constexpr Case kCases[] = {
      [](const VectorKernels& k) {
          k.RegionEnds(bins.data(), kTargets.data(), kPeaks.data(), int32_t(kPeaks.size()), kBins);
      }},
+    {"PeakMagnitude", [](const VectorKernels& k) { out[0] = k.PeakMagnitude(kFirst.get(), kFrame); }},
+    {"FromInt16", [](const VectorKernels& k) { k.FromInt16(out.get(), shorts.data(), kFrame); }},
+    {"ToInt16", [](const VectorKernels& k) { bins[0] = k.ToInt16(shorts.data(), kFirst.get(), 32768.0f, kFrame); }},
     {"CubicMono", [](const VectorKernels& k) { k.Cubic(kOut, kIn, 1, 0.25, 1.3f, 1024); }},
     {"CubicStereo", [](const VectorKernels& k) { k.Cubic(kOut, kIn, 2, 0.25, 1.3f, 1024); }},
 };

@@ -9,6 +9,7 @@ namespace {
 #include "dsp/simd/packed.inl"
 #include "dsp/simd/vector_kernels.inl"
 #include "dsp/simd/peak_kernels.inl"
+#include "dsp/sample_kernels.inl"
 }   // namespace
 
 constinit const VectorKernels kKernelsAvx2 = {

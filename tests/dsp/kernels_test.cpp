@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
+#include <limits>
 
 namespace {
 
@@ -17,6 +19,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(, KernelsOf, testing::ValuesIn(ClassesHere()), ClassName);
 
 constexpr int32_t kSizes[] = {0, 1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 100};
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kSentinel = 77.0f;   // stands behind every result
 
 void ExpectNear(const Signal& got, const Signal& expected, double tolerance, int32_t n)
@@ -243,6 +246,59 @@ TEST_P(KernelsOf, EnergiesAddUpAndRegionsEndWhereBinsPointBeyond)
             }
             ASSERT_EQ(ends[i], k) << n;
         }
+    }
+}
+
+TEST_P(KernelsOf, SamplesConvertToTheNearestStepAndBack)
+{
+    Signal x = {0.0f, -0.0f, 1.0f, -1.0f, 1.5f, -1.5f, 3e38f, -3e38f, 1e-30f, kInfinity, -kInfinity, 0.99998f};
+    for (float step : {0.5f, 1.5f, 2.5f, -0.5f, -1.5f, 32766.5f, 32767.4f, 32767.5f, -32768.5f, -32769.0f})
+        x.push_back(step / 32768.0f);
+    const Signal noise = Noise(100, 8, 1.2f);
+    x.insert(x.end(), noise.begin(), noise.end());
+    for (const float fullScale : {32768.0f, 128.0f})
+        for (int32_t n = 0; n < int32_t(x.size()); ++n) {
+            std::vector<int16_t> got(size_t(n) + 1, 77), expected = got;
+            int32_t beyond = 0;
+            for (size_t i = 0; i < size_t(n); ++i) {
+                const double value = double(x[i + 1]) * fullScale;
+                beyond += value > fullScale - 0.5 || value < -fullScale - 0.5;
+                expected[i] = int16_t(std::nearbyint(std::clamp<double>(value, -fullScale, fullScale - 1.0)));
+            }
+            EXPECT_EQ(kernels.ToInt16(got.data(), x.data() + 1, fullScale, n), beyond) << n;
+            ASSERT_EQ(got, expected) << n;
+        }
+    std::vector<int16_t> all;
+    for (int32_t v = -32768; v < 32768; ++v)
+        all.push_back(int16_t(v));
+    for (const int32_t n : kSizes) {
+        Signal few(size_t(n) + 1, kSentinel);
+        kernels.FromInt16(few.data(), all.data() + 1, n);
+        EXPECT_EQ(few.back(), kSentinel);
+    }
+    Signal floats(all.size());
+    kernels.FromInt16(floats.data(), all.data(), int32_t(all.size()));
+    std::vector<int16_t> back(all.size());
+    EXPECT_EQ(kernels.ToInt16(back.data(), floats.data(), 32768.0f, int32_t(all.size())), 0);
+    EXPECT_EQ(back, all);
+    EXPECT_EQ(floats[0], -1.0f);
+}
+
+TEST_P(KernelsOf, ThePeakIsTheLargestMagnitudeAndShowsWhatIsNoNumber)
+{
+    for (const int32_t n : kSizes) {
+        Signal x = Noise(n + 2, 3);
+        x.front() = x.back() = 5.0f;   // beside what is looked at
+        float expected = 0.0f;
+        for (int32_t i = 1; i <= n; ++i)
+            expected = std::max(expected, std::fabs(x[size_t(i)]));
+        EXPECT_EQ(kernels.PeakMagnitude(x.data() + 1, n), expected) << n;
+        for (int32_t i = 1; i <= n; ++i)
+            for (const float odd : {-kInfinity, std::nanf("")}) {
+                Signal y = x;
+                y[size_t(i)] = odd;
+                EXPECT_FALSE(std::isfinite(kernels.PeakMagnitude(y.data() + 1, n))) << n << " at " << i;
+            }
     }
 }
 
