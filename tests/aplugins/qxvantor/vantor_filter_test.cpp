@@ -1,4 +1,5 @@
 // Samples through the filter: the same audio as from the driver alone, time stamps, marks, and what goes wrong around it.
+#include "tests/allocations.h"
 #include "tests/aplugins/driver_run.h"
 #include "tests/aplugins/qxvantor/filter_rig.h"
 #include "tests/signals.h"
@@ -194,6 +195,36 @@ TEST(VantorFilter, RefusesDataWhenItDoesNotStream)
     EXPECT_EQ(rig.feed->pin.DeliverEndFlush(), S_OK);
     EXPECT_EQ(rig.Send(Noise(100, 1), 0, true), S_OK);
     EXPECT_EQ(rig.filter->Transform(nullptr, nullptr), E_INVALIDARG);
+}
+
+// Memory is short at each allocation of the start in turn: a clear code, and the next start goes through.
+TEST(VantorFilter, DoesNotStartWithoutAnEngine)
+{
+    FilterRig rig;
+    ASSERT_EQ(rig.ConnectInput(FloatType(2, kRate)), S_OK);
+    ASSERT_EQ(rig.ConnectOutput(), S_OK);
+    for (const int32_t mode : {kModeEfficient, kModePro, kModeSoloistMono}) {
+        ASSERT_EQ(Set(rig, Record(125.0, 3.0, mode)), S_OK);
+        int withoutEngine = 0;
+        for (int64_t successes = 0;; ++successes) {
+            HRESULT hr = S_OK;
+            bool failed = false;
+            {
+                FailingAllocation failing(successes);
+                hr = rig.filter->Pause();
+                failed = failing.HasFailed();
+            }
+            rig.filter->Stop();
+            if (!failed)
+                break;
+            ASSERT_TRUE(hr == S_OK || hr == VFW_E_UNSUPPORTED_AUDIO || hr == E_OUTOFMEMORY) << successes << ": " << hr;
+            withoutEngine += hr == VFW_E_UNSUPPORTED_AUDIO;
+        }
+        EXPECT_GT(withoutEngine, 10) << mode;
+        ASSERT_EQ(rig.Pause(), S_OK);
+        EXPECT_EQ(rig.Send(Noise(200, 1), 0, true), S_OK);
+        rig.Stop();
+    }
 }
 
 // ---- parameters while it runs -----------------------------------------------------------------------------------------
