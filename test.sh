@@ -30,8 +30,8 @@ case "${1:-}" in
     --sanitize) preset=asan ;;
     --threads)
         preset=tsan
-        targets=(--target test_kernel test_platform test_media)
-        labels=(-L '^(kernel|platform|media)$')
+        targets=(--target test_kernel test_platform test_media test_qxvantor)
+        labels=(-L '^(kernel|platform|media|qxvantor)$')
         ;;
     --windows)
         preset=windows
