@@ -1,39 +1,49 @@
 #include "bench/libm_loops.h"
 
+#include "dsp/transform_plan.h"
 #include "tests/signals.h"
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace {
 
 constexpr int32_t kCount = 2048;
-const Signal kValues = Noise(2 * kCount, 1);
-const Signal kLogs = Noise(kCount, 2, 10.0f);
+
+// Aligned like the engine's buffers.
+AlignedArray<float> Aligned(const Signal& x)
+{
+    AlignedArray<float> copy = MakeAligned<float>(x.size());
+    std::ranges::copy(x, copy.get());
+    return copy;
+}
+
+const auto kValues = Aligned(Noise(2 * kCount, 1)), kLogs = Aligned(Noise(kCount, 2, 10.0f));
 
 // Of a spectrum: 160 dB of range, a few values below the floor.
 constexpr float kFloor = 2e-8f;
-const Signal kMagnitudes = [] {
+const auto kMagnitudes = [] {
     Signal x = Noise(kCount, 3, 9.2f);
     for (float& v : x)
         v = std::exp(v - 9.2f);
-    return x;
+    return Aligned(x);
 }();
-Signal results(kCount);
+const auto results = MakeAligned<float>(kCount);
 
 #define QX_SCALAR [[gnu::noinline, gnu::optimize("no-tree-vectorize")]]
 
 QX_SCALAR void ScalarExp()
 {
-    std::ranges::copy(kLogs, results.begin());
-    for (float& v : results)
+    std::copy_n(kLogs.get(), kCount, results.get());
+    for (float& v : std::span(results.get(), kCount))
         v = std::exp(v);
 }
 
 QX_SCALAR void ScalarLn()
 {
-    std::ranges::copy(kMagnitudes, results.begin());
-    for (float& v : results)
+    std::copy_n(kMagnitudes.get(), kCount, results.get());
+    for (float& v : std::span(results.get(), kCount))
         v = std::log(v < kFloor ? kFloor : v);
 }
 
@@ -57,24 +67,24 @@ QX_SCALAR void ScalarRoot()
 
 void OurExp(const VtnfTable& t)
 {
-    std::ranges::copy(kLogs, results.begin());
-    t.Exp(results.data(), kCount);
+    std::copy_n(kLogs.get(), kCount, results.get());
+    t.Exp(results.get(), kCount);
 }
 
 void OurLn(const VtnfTable& t)
 {
-    std::ranges::copy(kMagnitudes, results.begin());
-    t.ThresholdLn(results.data(), kFloor, kFloor, kCount);
+    std::copy_n(kMagnitudes.get(), kCount, results.get());
+    t.ThresholdLn(results.get(), kFloor, kFloor, kCount);
 }
 
 void OurPhase(const VtnfTable& t)
 {
-    t.Phase(results.data(), kValues.data(), kCount);
+    t.Phase(results.get(), kValues.get(), kCount);
 }
 
 void OurMagnitude(const VtnfTable& t)
 {
-    t.Magnitude(results.data(), kValues.data(), kCount);
+    t.Magnitude(results.get(), kValues.get(), kCount);
 }
 
 constexpr LibmLoop kLoops[] = {

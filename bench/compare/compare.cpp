@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <sched.h>
 #include <span>
 #include <string_view>
 
@@ -20,6 +21,16 @@ constexpr struct {
     {"pro", ProRows},     {"soloist", SoloistRows},     {"program", ProgramRows}, {"growth", GrowthRows},
     {"graph", GraphRows}, {"memory", MemoryRows},
 };
+
+// What takes turns, programs that are run included, then has the same clock and caches.
+void StayOnThisProcessor()
+{
+    cpu_set_t here;
+    CPU_ZERO(&here);
+    CPU_SET(size_t(sched_getcpu()), &here);
+    if (sched_setaffinity(0, sizeof here, &here) != 0)
+        std::fputs("compare: the figures scatter, as the processor may change\n", stderr);
+}
 
 bool IsSection(std::string_view name)
 {
@@ -62,6 +73,7 @@ int main(int argc, char** argv)
         std::fputs("\n", stderr);
         return 2;
     }
+    StayOnThisProcessor();
     const std::vector<Section> sections = Measure(names);
     if (names.empty() &&
         !(Write("docs/performance.png", SpeedPicture()) && Write("docs/performance.md", FormatPage(sections))))

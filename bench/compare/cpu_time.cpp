@@ -45,7 +45,8 @@ Turns TakeTurns(const std::vector<Work>& works, int rounds)
     const double share = std::max(kShortest, kShare * std::ranges::max(first));
     Turns turns(works.size());
     for (int round = 0; round < rounds; ++round)
-        for (size_t i = 0; i < works.size(); ++i) {
+        for (size_t turn = 0; turn < works.size(); ++turn) {
+            const size_t i = round % 2 == 0 ? turn : works.size() - 1 - turn;
             const int times = 1 + int(share / first[i]);
             turns[i].push_back(CpuSecondsOf([&] { Run(works[i], times); }) / times);
         }

@@ -8,6 +8,7 @@
 using Work = std::function<void()>;
 
 constexpr int kRounds = 5;
+constexpr int kManyRounds = 21;   // where a few per cent decide: the processor's clock alone moves by a third
 
 // Of this process so far, all threads, s.
 double CpuSeconds();
@@ -15,8 +16,9 @@ double CpuSecondsOf(const Work& work);
 // The mean of the middle two when their count is even.
 double Median(std::vector<double> values);
 
-// Seconds of one run, [work][round]. In each round every work has its turn, and runs as often as it takes to fill a
-// fifth of the longest one's time. A first run of each, which fills caches, is not counted.
+// Seconds of one run, [work][round]. In each round every work has its turn, in the reverse order every other round, and
+// runs as often as it takes to fill a fifth of the longest one's time. A first run of each, which fills caches, is not
+// counted.
 using Turns = std::vector<std::vector<double>>;
 Turns TakeTurns(const std::vector<Work>& works, int rounds = kRounds);
 

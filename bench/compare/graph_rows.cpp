@@ -140,8 +140,9 @@ Section GraphRows()
                     {}};
     const Material minute = Music(60.0);
     for (const Mode& mode : kModes)
-        section.rows.push_back({mode.name,
-                                MedianRatio([&] { RenderInGraph(mode, minute); }, [&] { RenderBare(mode, minute); }),
-                                Bar::kAtMost, 1.03});
+        section.rows.push_back(
+            {mode.name,
+             MedianRatio([&] { RenderInGraph(mode, minute); }, [&] { RenderBare(mode, minute); }, kManyRounds),
+             Bar::kAtMost, 1.03});
     return section;
 }

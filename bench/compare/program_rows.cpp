@@ -69,7 +69,7 @@ double ProgramSeconds(const std::vector<std::string>& command)
 double MedianShare(const std::vector<std::string>& command, const Work& driver)
 {
     std::vector<double> shares;
-    for (int i = 0; i < kRounds; ++i) {
+    for (int i = 0; i < kManyRounds; ++i) {
         const double before = CpuSecondsOf(driver), program = ProgramSeconds(command), after = CpuSecondsOf(driver);
         shares.push_back(program / (0.5 * (before + after)));
     }
