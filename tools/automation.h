@@ -3,9 +3,9 @@
 // lines and what follows a '#' do not count.
 #pragma once
 
-#include <windows.h>
+#include "platform/media/media_params.h"
 
-#include <medparam.h>
+#include <windows.h>
 
 #include <string>
 #include <vector>

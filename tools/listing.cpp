@@ -1,12 +1,12 @@
 #include "tools/listing.h"
 
 #include "platform/com_ptr.h"
+#include "platform/media/media_params.h"
 #include "tools/automation.h"
 #include "tools/failure.h"
 #include "tools/presets.h"
 #include "tools/wide_text.h"
 
-#include <medparam.h>
 #include <objbase.h>
 
 #include <cstdio>

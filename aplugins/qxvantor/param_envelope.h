@@ -2,10 +2,9 @@
 #pragma once
 
 #include "kernel/list.h"
+#include "platform/media/media_params.h"
 
 #include <windows.h>
-
-#include <medparam.h>
 
 #include <memory>
 #include <span>

@@ -1,9 +1,9 @@
 // Descriptions of automated parameters, and the crossing between a parameter's value and its field of a record.
 #pragma once
 
-#include <windows.h>
+#include "platform/media/media_params.h"
 
-#include <medparam.h>
+#include <windows.h>
 
 #include <array>
 #include <cstddef>

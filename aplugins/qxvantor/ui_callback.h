@@ -3,9 +3,10 @@
 // back into the filter.
 #pragma once
 
+#include "platform/media/media_params.h"
+
 #include <windows.h>
 
-#include <medparam.h>
 #include <unknwn.h>
 
 class IMediaParamsUICallback : public IUnknown {

@@ -3,13 +3,13 @@
 #include "aplugins/qxvantor/vantor_setup.h"
 #include "platform/com_ptr.h"
 #include "platform/media/filter_graph.h"
+#include "platform/media/media_params.h"
 #include "tests/aplugins/driver_run.h"
 #include "tests/aplugins/qxvantor/peers.h"
 
 #include <windows.h>
 
 #include <dshow.h>
-#include <medparam.h>
 #include <objbase.h>
 
 #include <gtest/gtest.h>

@@ -1,10 +1,11 @@
 // The module as a host has it: loaded, asked for its classes, unloaded.
+#include "aplugins/qxvantor/param_table.h"
 #include "aplugins/qxvantor/prop2.h"
 #include "aplugins/qxvantor/vantor_setup.h"
 #include "platform/com_ptr.h"
 #include "platform/media/class_factory.h"
+#include "platform/media/media_params.h"
 
-#include <medparam.h>
 #include <objbase.h>
 
 #include <gtest/gtest.h>
@@ -54,6 +55,22 @@ TEST(PlugInModule, OffersTheFilterByItsClassId)
     EXPECT_TRUE(id == CLSID_QxVantor);
     for (const IID& iid : {IID_IQxVantorProp2, IID_IMediaParams, IID_IMediaParamInfo, IID_IPersistStream})
         EXPECT_TRUE(bool(Query<IUnknown>(filter.Get(), iid))) << iid.Data1;
+}
+
+// Hosts were compiled against the platform's own headers: parameters are read and set by the fourth and fifth slot.
+TEST(PlugInModule, HasItsParametersInThePlatformsSlots)
+{
+    const LoadedModule module;
+    void* object = nullptr;
+    ASSERT_EQ(module.Factory()->CreateInstance(nullptr, IID_IMediaParams, &object), S_OK);
+    const ComPtr<IUnknown> params(static_cast<IUnknown*>(object));
+    using Get = HRESULT(STDMETHODCALLTYPE*)(void*, DWORD, MP_DATA*);
+    using Set = HRESULT(STDMETHODCALLTYPE*)(void*, DWORD, MP_DATA);
+    void** const slots = *static_cast<void***>(object);
+    EXPECT_EQ(reinterpret_cast<Set>(slots[4])(object, kParamPitch, 3.0f), S_OK);
+    MP_DATA value = 0.0f;
+    EXPECT_EQ(reinterpret_cast<Get>(slots[3])(object, kParamPitch, &value), S_OK);
+    EXPECT_EQ(value, 3.0f);
 }
 
 TEST(PlugInModule, RefusesWhatItHasNot)
