@@ -46,8 +46,10 @@ std::string Today()
 
 std::string FormatSection(const Section& section)
 {
-    std::string text =
-        "## " + section.title + "\n\n" + section.text + "\n\n| | measured | bar | |\n|---|---|---|---|\n";
+    std::string text = "## " + section.title + "\n\n" + section.text + "\n\n";
+    if (section.rows.empty())
+        return text + "Not measured: the peers' libraries are not installed.\n\n";
+    text += "| | measured | bar | |\n|---|---|---|---|\n";
     for (const Row& row : section.rows)
         text += "| " + row.what + " | " + Figure(row.measured) + row.unit + " | " + FormatBar(row) + "\n";
     return text + "\n";
